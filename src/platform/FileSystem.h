@@ -1,0 +1,60 @@
+#pragma once
+// The machine's files, named by Windows paths ("C:\Games\Sample\video.ini"). Names are matched
+// without regard to case, as Windows matches them. Failures are results, never exceptions.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/FileAttributes.h"
+
+namespace optera::platform {
+
+class FileSystem {
+public:
+    virtual ~FileSystem() = default;
+
+    // Attribute bits of a file or folder; nullopt when nothing is at that path.
+    virtual std::optional<std::uint32_t> Attributes(std::string_view path) const = 0;
+    // Sets the read-only and hidden bits; the other bits are the file system's own.
+    virtual bool SetAttributes(std::string_view path, std::uint32_t attributes) = 0;
+
+    // The entries of a folder in directory order, without "." and "..";
+    // nullopt when the folder does not exist or cannot be read.
+    virtual std::optional<std::vector<DirEntry>> List(std::string_view folder) const = 0;
+
+    // The whole content of a file; nullopt when it is missing or cannot be read.
+    virtual std::optional<std::string> ReadAll(std::string_view path) const = 0;
+    // Creates or truncates the file and writes the bytes; they are on disk when it returns.
+    virtual bool WriteAll(std::string_view path, std::string_view bytes) = 0;
+    // Moves a file, replacing whatever file has the target name, in one step.
+    virtual bool Rename(std::string_view from, std::string_view to) = 0;
+    // Copies a file with its attributes, replacing a file of the target name.
+    virtual bool Copy(std::string_view from, std::string_view to) = 0;
+    // Deletes a file (whatever its read-only mark) or an empty folder.
+    virtual bool Remove(std::string_view path) = 0;
+    virtual bool CreateFolder(std::string_view path) = 0;
+
+    // The drives of the machine in letter order.
+    virtual std::vector<DriveInfo> Drives() const = 0;
+};
+
+// True when a file (not a folder) is at the path.
+bool FileExists(const FileSystem& files, std::string_view path);
+// True when a folder is at the path.
+bool FolderExists(const FileSystem& files, std::string_view path);
+
+// Names of the entries of a folder that match a file pattern ("C:\Games\*.cfg"), in directory
+// order. Folders are included only when `withFolders` is set.
+std::vector<std::string> FindNames(const FileSystem& files, std::string_view pattern,
+                                   bool withFolders);
+
+// Replaces the file's content in a way that a crash cannot leave half-written: the bytes go to
+// a temporary file in the same folder, which is then renamed over the file. `tempName` names the
+// temporary file; empty means a name of this program's own.
+bool ReplaceFile(FileSystem& files, std::string_view path, std::string_view bytes,
+                 std::string_view tempName = {});
+
+}  // namespace optera::platform

@@ -1,0 +1,19 @@
+#pragma once
+// Everything Optera needs from the machine it works on, passed down as one value. On Linux the
+// machine is a Wine prefix (platform/wine), in tests an in-memory one (platform/fake).
+
+#include "platform/Environment.h"
+#include "platform/FileSystem.h"
+#include "platform/SpecialFolders.h"
+#include "platform/UserSettings.h"
+
+namespace optera::platform {
+
+struct Machine {
+    FileSystem& files;
+    Environment& environment;
+    SpecialFolders& specialFolders;
+    UserSettings& userSettings;
+};
+
+}  // namespace optera::platform

@@ -1,0 +1,59 @@
+#pragma once
+// An in-memory file system for tests: drives, folders and files on Windows paths, directory
+// order as entries were made, read-only and hidden marks, and writes that can be made to fail.
+
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "platform/FileSystem.h"
+#include "text/NoCase.h"
+
+namespace optera::platform {
+
+class FakeFileSystem : public FileSystem {
+public:
+    // Starts with one fixed drive, C:.
+    FakeFileSystem();
+
+    void AddDrive(char letter, DriveType type);
+    // Creates a file, and the folders above it, with the given content.
+    void PutFile(std::string_view path, std::string_view bytes);
+    // Every write, rename, copy or removal whose target path this returns true for fails.
+    void FailWritesWhen(std::function<bool(std::string_view path)> fails);
+
+    std::optional<std::uint32_t> Attributes(std::string_view path) const override;
+    bool SetAttributes(std::string_view path, std::uint32_t attributes) override;
+    std::optional<std::vector<DirEntry>> List(std::string_view folder) const override;
+    std::optional<std::string> ReadAll(std::string_view path) const override;
+    bool WriteAll(std::string_view path, std::string_view bytes) override;
+    bool Rename(std::string_view from, std::string_view to) override;
+    bool Copy(std::string_view from, std::string_view to) override;
+    bool Remove(std::string_view path) override;
+    bool CreateFolder(std::string_view path) override;
+    std::vector<DriveInfo> Drives() const override;
+
+private:
+    struct Node {
+        std::string name;
+        bool folder = false;
+        std::uint32_t marks = 0;  // read-only and hidden
+        std::string bytes;
+        std::vector<std::string> children;  // keys of the entries, in the order they were made
+    };
+
+    Node* Find(std::string_view path);
+    const Node* Find(std::string_view path) const;
+    // The folder that will hold `path`, if it exists.
+    Node* ParentFolder(std::string_view path);
+    void MakeFolders(std::string_view folder);
+    Node& MakeChild(Node& parent, std::string_view path, bool folder);
+    void Unlink(std::string_view path);
+    bool Fails(std::string_view path) const { return fails_ && fails_(path); }
+
+    std::map<std::string, Node, text::LessNoCase> nodes_;  // keyed by normalised path
+    std::map<char, DriveType> drives_;
+    std::function<bool(std::string_view)> fails_;
+};
+
+}  // namespace optera::platform

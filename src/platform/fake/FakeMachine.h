@@ -1,0 +1,41 @@
+#pragma once
+// A whole machine in memory for tests: files, environment, special folders, user settings.
+
+#include <map>
+
+#include "platform/Machine.h"
+#include "platform/fake/FakeFileSystem.h"
+
+namespace optera::platform {
+
+class FakeEnvironment : public Environment {
+public:
+    std::map<std::string, std::string, text::LessNoCase> variables;
+    std::string Get(std::string_view name) const override;
+};
+
+class FakeSpecialFolders : public SpecialFolders {
+public:
+    std::map<int, std::string> folders;
+    std::optional<std::string> Path(int id) const override;
+};
+
+class FakeUserSettings : public UserSettings {
+public:
+    std::map<std::string, std::string, text::LessNoCase> values;  // "app\section\key"
+    std::string Get(std::string_view app, std::string_view section, std::string_view key,
+                    std::string_view fallback) const override;
+    bool Set(std::string_view app, std::string_view section, std::string_view key,
+             std::string_view value) override;
+};
+
+struct FakeMachine {
+    FakeFileSystem files;
+    FakeEnvironment environment;
+    FakeSpecialFolders specialFolders;
+    FakeUserSettings userSettings;
+
+    Machine machine() { return Machine{files, environment, specialFolders, userSettings}; }
+};
+
+}  // namespace optera::platform
