@@ -1,0 +1,78 @@
+#include "services/ProfileApi.h"
+
+#include <algorithm>
+
+#include "services/ProfileDocument.h"
+
+namespace optera::services {
+
+namespace {
+
+ProfileDocument Load(const platform::FileSystem& files, std::string_view path) {
+    auto bytes = files.ReadAll(path);
+    return ProfileDocument::Parse(bytes ? *bytes : std::string());
+}
+
+// Copies NUL-separated items into the buffer as the list functions do: the whole list and a
+// closing NUL when it fits, else as much as fits followed by two NULs and a count of size - 2.
+std::uint32_t FillList(const std::vector<std::string>& items, std::string& buffer) {
+    std::string list;
+    for (const std::string& item : items) list.append(item).push_back('\0');
+    std::fill(buffer.begin(), buffer.end(), '\0');
+    const std::size_t size = buffer.size();
+    if (size < 2) return 0;
+    if (list.size() + 1 <= size) {
+        std::copy(list.begin(), list.end(), buffer.begin());
+        return static_cast<std::uint32_t>(list.size());
+    }
+    std::copy_n(list.begin(), size - 2, buffer.begin());
+    return static_cast<std::uint32_t>(size - 2);
+}
+
+std::string_view WithoutQuotes(std::string_view value) {
+    if (value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
+        value.back() == value.front())
+        return value.substr(1, value.size() - 2);
+    return value;
+}
+
+}  // namespace
+
+std::uint32_t ProfileApi::GetPrivateProfileSectionNamesA(std::string& buffer,
+                                                         std::string_view path) const {
+    return FillList(Load(files_, path).SectionNames(), buffer);
+}
+
+std::uint32_t ProfileApi::GetPrivateProfileSectionA(std::string_view section, std::string& buffer,
+                                                    std::string_view path) const {
+    auto entries = Load(files_, path).SectionEntries(section);
+    return FillList(entries ? *entries : std::vector<std::string>(), buffer);
+}
+
+std::uint32_t ProfileApi::GetPrivateProfileStringA(std::string_view section, std::string_view key,
+                                                   std::string_view fallback, std::string& buffer,
+                                                   std::string_view path) const {
+    auto value = Load(files_, path).Value(section, key);
+    std::string_view text = value ? WithoutQuotes(*value) : fallback;
+    std::fill(buffer.begin(), buffer.end(), '\0');
+    if (buffer.empty()) return 0;
+    std::size_t copied = std::min(text.size(), buffer.size() - 1);
+    std::copy_n(text.begin(), copied, buffer.begin());
+    return static_cast<std::uint32_t>(copied);
+}
+
+bool ProfileApi::WritePrivateProfileStringA(std::string_view section, std::string_view key,
+                                            std::string_view value, std::string_view path) {
+    std::string before;
+    if (auto attributes = files_.Attributes(path)) {
+        if (*attributes & (platform::attr::ReadOnly | platform::attr::Directory)) return false;
+        auto bytes = files_.ReadAll(path);
+        if (!bytes) return false;  // never replace a file we could not read
+        before = std::move(*bytes);
+    }
+    ProfileDocument doc = ProfileDocument::Parse(before);
+    doc.Set(section, key, value);
+    return platform::ReplaceFile(files_, path, doc.Serialize());
+}
+
+}  // namespace optera::services

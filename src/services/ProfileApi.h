@@ -1,0 +1,46 @@
+#pragma once
+// The four Windows profile functions, with their buffer contracts, over the machine's files.
+// cPrivateProfile is written against exactly these contracts (buffer sizes, return counts,
+// truncation), so its limits are the same as on Windows wherever it runs.
+//
+// A buffer is a string whose length is the size offered to the function; the function fills
+// it from the front with NUL-terminated text.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/FileSystem.h"
+
+namespace optera::services {
+
+class ProfileApi {
+public:
+    explicit ProfileApi(platform::FileSystem& files) : files_(files) {}
+
+    // Section names, each ended by NUL, the list ended by one more NUL. Returns the characters
+    // copied without the last NUL; size - 2 when the names do not fit; 0 without file or section.
+    std::uint32_t GetPrivateProfileSectionNamesA(std::string& buffer, std::string_view path) const;
+
+    // A section's entries as "key=value", each ended by NUL, the list ended by one more NUL.
+    // Same return rule as the names; 0 for a missing or empty section.
+    std::uint32_t GetPrivateProfileSectionA(std::string_view section, std::string& buffer,
+                                            std::string_view path) const;
+
+    // A key's value (trimmed, one pair of enclosing quotes removed) or the default. A value
+    // that does not fit is cut to size - 1 characters. Returns the length copied.
+    std::uint32_t GetPrivateProfileStringA(std::string_view section, std::string_view key,
+                                           std::string_view fallback, std::string& buffer,
+                                           std::string_view path) const;
+
+    // Creates the file, the section and the key as needed and replaces an existing value;
+    // every other line of the file keeps its bytes. The file is replaced atomically. Fails on a
+    // read-only file, and on a file that exists but cannot be read.
+    bool WritePrivateProfileStringA(std::string_view section, std::string_view key,
+                                    std::string_view value, std::string_view path);
+
+private:
+    platform::FileSystem& files_;
+};
+
+}  // namespace optera::services

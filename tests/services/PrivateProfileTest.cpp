@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include "platform/fake/FakeFileSystem.h"
+#include "services/cPrivateProfile.h"
+
+using namespace optera;
+using services::cPrivateProfile;
+using Lines = std::vector<std::string>;
+
+namespace {
+
+class PrivateProfile : public ::testing::Test {
+protected:
+    platform::FakeFileSystem files;
+    cPrivateProfile profile{files};
+    const std::string ini = "C:\\Optera\\test.ini";
+
+    void Put(std::string_view bytes) { files.PutFile(ini, bytes); }
+};
+
+std::string Letters(std::size_t n) {
+    std::string s;
+    for (std::size_t i = 0; i < n; ++i) s += static_cast<char>('a' + i % 26);
+    return s;
+}
+
+}  // namespace
+
+TEST_F(PrivateProfile, ValuesAreCutAfter509Characters) {
+    for (std::size_t length : {507u, 508u, 509u, 510u, 2000u}) {
+        std::string value = Letters(length);
+        Put("[s]\r\nk=" + value + "\r\n");
+        EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), value.substr(0, 509)) << length;
+    }
+}
+
+TEST_F(PrivateProfile, StringValuesLoseOnePairOfQuotes) {
+    Put("[s]\nq=\"  q  \"\nh='x'\nodd=\"x'\n");
+    EXPECT_EQ(profile.GetIniStringValue(ini, "S", "Q"), "  q  ");
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "h"), "x");
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "odd"), "\"x'");
+    EXPECT_EQ(*profile.GetIniSection(ini, "s"), (Lines{"q=\"  q  \"", "h='x'", "odd=\"x'"}));
+}
+
+TEST_F(PrivateProfile, LongSectionsComeBackWholeUntilTheCountOverflows) {
+    // 600 characters need the second buffer of 1,020; 508 fill the first exactly (size - 2),
+    // which the loop must take as "full" and read again.
+    for (std::size_t total : {508u, 600u, 32000u}) {
+        std::string line = "k=" + Letters(total - 3);  // plus its NUL makes `total`
+        Put("[s]\n" + line + "\n");
+        auto lines = profile.GetIniSection(ini, "s");
+        ASSERT_TRUE(lines) << total;
+        EXPECT_EQ(*lines, (Lines{line})) << total;
+    }
+    Put("[s]\nk=" + Letters(40000) + "\n");
+    EXPECT_FALSE(profile.GetIniSection(ini, "s"));
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k").size(), 509u);
+
+    std::string manySections;
+    for (int i = 0; i < 4000; ++i) manySections += "[section" + std::to_string(i) + "]\n";
+    Put(manySections);
+    EXPECT_FALSE(profile.GetIniSectionNames(ini));
+}
+
+TEST_F(PrivateProfile, NothingToReadGivesOneEmptyElement) {
+    Put("[empty]\n\n; only a comment\n[one]\nonly=line\n");
+    EXPECT_EQ(*profile.GetIniSection(ini, "empty"), (Lines{""}));
+    EXPECT_EQ(*profile.GetIniSection(ini, "missing"), (Lines{""}));
+    EXPECT_EQ(*profile.GetIniSection("C:\\nowhere.ini", "one"), (Lines{""}));
+    EXPECT_EQ(*profile.GetIniSection(ini, "ONE"), (Lines{"only=line"}));
+    EXPECT_EQ(*profile.GetIniSectionNames(ini), (Lines{"empty", "one"}));
+    EXPECT_EQ(*profile.GetIniSectionNames("C:\\nowhere.ini"), (Lines{""}));
+    EXPECT_EQ(profile.GetIniStringValue("C:\\nowhere.ini", "one", "only"), "");
+}
+
+TEST_F(PrivateProfile, AnEmptyValueKeepsItsKey) {
+    Put("[GAMEINFO]\r\nUSERLOC=C:\\x.exe\r\nGAMEEXE=x.exe\r\n");
+    ASSERT_TRUE(profile.SetIniStringValue(ini, "gameinfo", "UserLoc", ""));
+    EXPECT_EQ(files.ReadAll(ini), "[GAMEINFO]\r\nUSERLOC=\r\nGAMEEXE=x.exe\r\n");
+    EXPECT_EQ(profile.GetIniStringValue(ini, "GAMEINFO", "USERLOC"), "");
+}
+
+TEST_F(PrivateProfile, WritesCreateTheFileAndNeverLeaveHalfOfOne) {
+    files.CreateFolder("C:\\Optera");
+    ASSERT_TRUE(profile.SetIniStringValue(ini, "GAMERES", "RES", "3840x1024"));
+    EXPECT_EQ(files.ReadAll(ini), "[GAMERES]\r\nRES=3840x1024\r\n");
+
+    files.FailWritesWhen([&](std::string_view path) { return path == ini; });  // the rename
+    EXPECT_FALSE(profile.SetIniStringValue(ini, "GAMERES", "RES", "1024x768"));
+    EXPECT_EQ(files.ReadAll(ini), "[GAMERES]\r\nRES=3840x1024\r\n");
+    EXPECT_EQ(files.List("C:\\Optera")->size(), 1u) << "the temporary file was left behind";
+
+    files.FailWritesWhen(nullptr);
+    files.SetAttributes(ini, platform::attr::ReadOnly);
+    EXPECT_FALSE(profile.SetIniStringValue(ini, "GAMERES", "RES", "1024x768"));
+    EXPECT_EQ(files.ReadAll(ini), "[GAMERES]\r\nRES=3840x1024\r\n");
+
+    EXPECT_FALSE(profile.SetIniStringValue("C:\\NoFolder\\x.ini", "s", "k", "v"));
+}
+
+TEST_F(PrivateProfile, ListsFilesOfAPatternInDirectoryOrder) {
+    files.PutFile("C:\\Optera\\MODS\\Zeta.txt", "");
+    files.PutFile("C:\\Optera\\MODS\\alpha.TXT", "");
+    files.PutFile("C:\\Optera\\MODS\\notes.doc", "");
+    files.CreateFolder("C:\\Optera\\MODS\\folder.txt");
+    EXPECT_EQ(profile.GetListOfFiles("C:\\OPTERA\\MODS\\*.TXT"), (Lines{"Zeta.txt", "alpha.TXT"}));
+    EXPECT_EQ(profile.GetListOfFiles("C:\\Optera\\MODS\\*.ini"), (Lines{""}));
+}
