@@ -1,0 +1,46 @@
+#pragma once
+// What every command works on: the machine (a Wine prefix), the program folder with its
+// Optera.ini, MODS and SKINS, and the profile service over the machine's files.
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/wine/WineMachine.h"
+#include "services/cPrivateProfile.h"
+
+namespace optera::cli {
+
+struct SessionOptions {
+    std::filesystem::path home;    // empty: $OPTERA_HOME, then the executable's folder
+    std::filesystem::path prefix;  // empty: $WINEPREFIX, then ~/.wine
+    std::filesystem::path executableFolder;
+};
+
+class Session {
+public:
+    // nullopt with a reason in `error` when there is no usable program folder.
+    static std::unique_ptr<Session> Open(const SessionOptions& options, std::string& error);
+
+    platform::Machine machine() { return wine_.machine(); }
+    services::cPrivateProfile& profile() { return profile_; }
+    // The program folder as the machine names it, without a trailing backslash.
+    const std::string& programFolder() const { return programFolder_; }
+    std::string modsFolder() const { return programFolder_ + "\\MODS"; }
+    // The host path of a Windows path, for messages.
+    std::string HostPathOf(const std::string& windowsPath);
+
+private:
+    Session(const std::filesystem::path& prefix, std::string programFolder);
+
+    platform::WineMachine wine_;
+    services::cPrivateProfile profile_;
+    std::string programFolder_;
+};
+
+// The program folder: the one given, else $OPTERA_HOME, else the executable's folder when it
+// holds Optera.ini, else the per-user data folder.
+std::filesystem::path ResolveHome(const SessionOptions& options);
+
+}  // namespace optera::cli

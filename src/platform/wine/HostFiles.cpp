@@ -1,0 +1,115 @@
+#include "platform/wine/HostFiles.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+
+namespace optera::platform {
+
+namespace {
+constexpr std::size_t kChunk = 64 * 1024;
+}
+
+Folder::Folder(const std::filesystem::path& path) : dir_(::opendir(path.c_str())) {}
+
+Folder::~Folder() {
+    if (dir_) ::closedir(dir_);
+}
+
+int Folder::fd() const {
+    return dir_ ? ::dirfd(dir_) : -1;
+}
+
+const char* Folder::Next() {
+    if (!dir_) return nullptr;
+    for (;;) {
+        errno = 0;
+        const dirent* entry = ::readdir(dir_);
+        if (!entry) {
+            failed_ = errno != 0;
+            return nullptr;
+        }
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+            return entry->d_name;
+    }
+}
+
+FileHandle::~FileHandle() {
+    if (fd_ >= 0) ::close(fd_);
+}
+
+bool FileHandle::Close() {
+    int fd = fd_;
+    fd_ = -1;
+    return fd >= 0 && ::close(fd) == 0;
+}
+
+bool WriteFully(int fd, std::string_view bytes) {
+    while (!bytes.empty()) {
+        ssize_t written = ::write(fd, bytes.data(), bytes.size());
+        if (written < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+    }
+    return true;
+}
+
+bool CopyFully(int from, int to) {
+    char buffer[kChunk];
+    for (;;) {
+        ssize_t got = ::read(from, buffer, sizeof buffer);
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            return false;
+        }
+        if (got == 0) return true;
+        if (!WriteFully(to, std::string_view(buffer, static_cast<std::size_t>(got)))) return false;
+    }
+}
+
+void SyncFolder(const std::filesystem::path& folder) {
+    FileHandle handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (handle.ok()) ::fsync(handle.fd());
+}
+
+std::optional<std::string> ReadHostFile(const std::filesystem::path& file) {
+    // Non-blocking so that a pipe or device in a game's folder cannot hang the read; only
+    // regular files are read at all.
+    FileHandle handle(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat st;
+    if (!handle.ok() || ::fstat(handle.fd(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    std::string content;
+    content.reserve(static_cast<std::size_t>(st.st_size));
+    char buffer[kChunk];
+    for (;;) {
+        ssize_t got = ::read(handle.fd(), buffer, sizeof buffer);
+        if (got < 0) {
+            if (errno == EINTR) continue;
+            return std::nullopt;
+        }
+        if (got == 0) return content;
+        content.append(buffer, static_cast<std::size_t>(got));
+    }
+}
+
+bool ReplaceHostFile(const std::filesystem::path& file, std::string_view bytes) {
+    std::string temp = file.string() + ".XXXXXX";
+    FileHandle handle(::mkstemp(temp.data()));
+    if (!handle.ok()) return false;
+    bool written = WriteFully(handle.fd(), bytes) && ::fsync(handle.fd()) == 0 && handle.Close() &&
+                   ::rename(temp.c_str(), file.c_str()) == 0;
+    if (!written) {
+        ::unlink(temp.c_str());
+        return false;
+    }
+    SyncFolder(file.parent_path());
+    return true;
+}
+
+}  // namespace optera::platform

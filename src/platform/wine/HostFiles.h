@@ -1,0 +1,63 @@
+#pragma once
+// Small POSIX helpers shared by the Wine machine's parts: folders read in directory order, file
+// descriptors that close themselves, and complete reads and writes. None of them throws.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <dirent.h>
+
+namespace optera::platform {
+
+// A host folder read entry by entry in directory order, without "." and "..".
+class Folder {
+  public:
+    explicit Folder(const std::filesystem::path& path);
+    ~Folder();
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    bool ok() const { return dir_ != nullptr; }
+    int fd() const;
+    // The next entry's name; nullptr at the end or when reading fails.
+    const char* Next();
+    // True when reading stopped on an error rather than at the end.
+    bool failed() const { return failed_; }
+
+  private:
+    DIR* dir_;
+    bool failed_ = false;
+};
+
+// An open file descriptor, closed when it goes.
+class FileHandle {
+  public:
+    explicit FileHandle(int fd) : fd_(fd) {}
+    ~FileHandle();
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+
+    bool ok() const { return fd_ >= 0; }
+    int fd() const { return fd_; }
+    // Closes now; false when the close reports an error (a write that did not make it).
+    bool Close();
+
+  private:
+    int fd_;
+};
+
+bool WriteFully(int fd, std::string_view bytes);
+// Copies what is left of `from` to `to`.
+bool CopyFully(int from, int to);
+// Makes a change to a folder's entries (a rename, a new file) outlast a crash.
+void SyncFolder(const std::filesystem::path& folder);
+// The whole content of a regular file; nullopt when it is missing, not a regular file or
+// unreadable.
+std::optional<std::string> ReadHostFile(const std::filesystem::path& file);
+// Replaces a file so that a crash leaves the old or the new content: writes a temporary file
+// in the same folder, syncs it, renames it over the file and syncs the folder.
+bool ReplaceHostFile(const std::filesystem::path& file, std::string_view bytes);
+
+}  // namespace optera::platform

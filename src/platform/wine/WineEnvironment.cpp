@@ -1,0 +1,183 @@
+#include "platform/wine/WineEnvironment.h"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "platform/WindowsPath.h"
+#include "platform/wine/HostFiles.h"
+
+namespace optera::platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string HostComputerName() {
+    char name[256] = {};
+    if (::gethostname(name, sizeof name - 1) != 0) return {};
+    // Windows names have no domain part.
+    std::string_view host(name);
+    return text::ToUpper(host.substr(0, host.find('.')));
+}
+
+std::string HostValue(const EnvironmentVariables& host, std::string_view name) {
+    auto it = host.find(name);
+    return it == host.end() ? std::string() : it->second;
+}
+
+}  // namespace
+
+EnvironmentVariables HostEnvironment(const char* const* entries) {
+    EnvironmentVariables variables;
+    for (; entries && *entries; ++entries) {
+        std::string_view entry(*entries);
+        std::size_t equals = entry.find('=');
+        if (equals == 0 || equals == std::string_view::npos) continue;
+        variables.emplace(entry.substr(0, equals), entry.substr(equals + 1));
+    }
+    return variables;
+}
+
+EnvironmentVariables ProcessEnvironment() {
+    return HostEnvironment(environ);
+}
+
+fs::path HostHomeFolder(const EnvironmentVariables& host) {
+    std::string home = HostValue(host, "HOME");
+    if (!home.empty()) return home;
+    const passwd* entry = ::getpwuid(::getuid());
+    return entry && entry->pw_dir ? fs::path(entry->pw_dir) : fs::path("/");
+}
+
+std::string PrefixUserName(const fs::path& prefix, const EnvironmentVariables& host) {
+    const fs::path users = prefix / "drive_c" / "users";
+    Folder listing(users);
+    while (const char* name = listing.Next()) {
+        struct stat st;
+        if (name[0] == '.' || text::EqualsNoCase(name, "Public")) continue;
+        if (::fstatat(listing.fd(), name, &st, 0) == 0 && S_ISDIR(st.st_mode)) return name;
+    }
+    for (const char* variable : {"USER", "LOGNAME"}) {
+        std::string value = HostValue(host, variable);
+        if (!value.empty()) return value;
+    }
+    return "user";
+}
+
+bool PrefixIs64Bit(const fs::path& prefix) {
+    // The #arch line sits in the header, before the first key.
+    std::ifstream registry(prefix / "system.reg", std::ios::binary);
+    std::string line;
+    while (std::getline(registry, line) && (line.empty() || line[0] != '[')) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        if (line.rfind("#arch=", 0) == 0) return line == "#arch=win64";
+    }
+    std::error_code error;
+    return fs::is_directory(prefix / "drive_c" / "Program Files (x86)", error);
+}
+
+WineProfile DetectProfile(const fs::path& prefix, const EnvironmentVariables& host) {
+    WineProfile profile;
+    profile.userName = PrefixUserName(prefix, host);
+    profile.computerName = HostComputerName();
+    profile.win64 = PrefixIs64Bit(prefix);
+    return profile;
+}
+
+WineEnvironment::WineEnvironment(const fs::path& prefix, const EnvironmentVariables& host)
+    : WineEnvironment(DetectProfile(prefix, host), host) {}
+
+// Wine imports the host's variables, then sets its own over them in this order, each step
+// expanding against what the steps before it made.
+WineEnvironment::WineEnvironment(WineProfile profile, const EnvironmentVariables& host)
+    : profile_(std::move(profile)), variables_(host) {
+    SetStartupVariables();
+    SetEnvironmentKeyDefaults();
+    SetSessionVariables();
+    SetProgramFolders();
+}
+
+std::string WineEnvironment::UserProfile() const {
+    return JoinPath(profile_.profilesFolder, profile_.userName);
+}
+
+// What Wine sets before it reads any environment from the registry.
+void WineEnvironment::SetStartupVariables() {
+    Set("SystemDrive", "C:");
+    Set("SystemRoot", "C:\\windows");
+    if (!profile_.computerName.empty()) Set("COMPUTERNAME", profile_.computerName);
+    Set("ALLUSERSPROFILE", profile_.programData);
+    Set("ProgramData", profile_.programData);
+    Set("PUBLIC", profile_.publicFolder);
+    Set("USERNAME", profile_.userName);
+    Set("USERPROFILE", UserProfile());
+}
+
+// What the machine's and the user's environment keys of a new prefix hold.
+void WineEnvironment::SetEnvironmentKeyDefaults() {
+    Set("windir", Expand("%SystemRoot%"));
+    Set("OS", "Windows_NT");
+    Set("TEMP", Expand("%USERPROFILE%\\AppData\\Local\\Temp"));
+    Set("TMP", Expand("%USERPROFILE%\\AppData\\Local\\Temp"));
+}
+
+// The logged-on user's values, which Windows keeps in a key that is never saved.
+void WineEnvironment::SetSessionVariables() {
+    const std::string profileFolder = UserProfile();
+    char drive = DriveLetterOf(profileFolder);
+    Set("HOMEDRIVE", drive ? std::string{drive, ':'} : std::string());
+    Set("HOMEPATH", drive ? profileFolder.substr(2) : profileFolder);
+    Set("APPDATA", JoinPath(profileFolder, "AppData\\Roaming"));
+    Set("LOCALAPPDATA", JoinPath(profileFolder, "AppData\\Local"));
+}
+
+// A 64-bit prefix has a second set of program folders for 32-bit programs.
+void WineEnvironment::SetProgramFolders() {
+    Set("ProgramFiles", profile_.programFiles);
+    Set("CommonProgramFiles", profile_.commonFiles);
+    if (!profile_.win64) return;
+    Set("ProgramFiles(x86)", profile_.programFilesX86);
+    Set("CommonProgramFiles(x86)", profile_.commonFilesX86);
+    Set("ProgramW6432", profile_.programFiles);
+    Set("CommonProgramW6432", profile_.commonFiles);
+}
+
+std::string WineEnvironment::Get(std::string_view name) const {
+    auto it = variables_.find(name);
+    return it == variables_.end() ? std::string() : it->second;
+}
+
+void WineEnvironment::Set(std::string_view name, std::string value) {
+    // Keep the spelling of a name already there, as Windows does.
+    auto it = variables_.find(name);
+    if (it == variables_.end())
+        variables_.emplace(std::string(name), std::move(value));
+    else
+        it->second = std::move(value);
+}
+
+std::string WineEnvironment::Expand(std::string_view text) const {
+    return ExpandVariables(text, *this);
+}
+
+std::string ExpandVariables(std::string_view text, const Environment& environment) {
+    std::string out;
+    while (!text.empty()) {
+        std::size_t open = text.find('%');
+        std::size_t close = open == std::string_view::npos ? open : text.find('%', open + 1);
+        if (close == std::string_view::npos) {
+            out += text;
+            break;
+        }
+        out += text.substr(0, open);
+        std::string value = environment.Get(text.substr(open + 1, close - open - 1));
+        out += value.empty() ? text.substr(open, close - open + 1) : std::string_view(value);
+        text.remove_prefix(close + 1);
+    }
+    return out;
+}
+
+}  // namespace optera::platform

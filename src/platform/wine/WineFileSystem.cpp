@@ -1,0 +1,310 @@
+#include "platform/wine/WineFileSystem.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <system_error>
+
+#include "platform/WindowsPath.h"
+#include "platform/wine/HostFiles.h"
+#include "text/NoCase.h"
+
+namespace optera::platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr mode_t kWriteBits = S_IWUSR | S_IWGRP | S_IWOTH;
+
+bool IsReadOnly(const struct stat& st) {
+    return (st.st_mode & kWriteBits) == 0;
+}
+
+bool SameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+// The mask new files get, read without changing it (umask(2) can only read by writing).
+mode_t ProcessUmask() {
+    static const mode_t mask = [] {
+        std::ifstream status("/proc/self/status");
+        std::string line;
+        while (std::getline(status, line)) {
+            if (line.rfind("Umask:", 0) == 0)
+                return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8) & 0777);
+        }
+        mode_t old = ::umask(022);
+        ::umask(old);
+        return old;
+    }();
+    return mask;
+}
+
+std::uint32_t AttributesOf(const struct stat& st, std::string_view name) {
+    std::uint32_t bits = S_ISDIR(st.st_mode) ? attr::Directory : attr::Archive;
+    if (IsReadOnly(st)) bits |= attr::ReadOnly;
+    if (name.size() > 1 && name[0] == '.' && name != "..") bits |= attr::Hidden;
+    return bits;
+}
+
+// A dosdevices target as an absolute, normal path without a trailing separator.
+fs::path CleanTarget(const fs::path& target) {
+    fs::path clean = target.lexically_normal();
+    if (!clean.has_filename() && clean.has_relative_path()) clean = clean.parent_path();
+    return clean;
+}
+
+// The drive letter a dosdevices entry name stands for ("c:" -> 'C'); '\0' for other devices.
+char DriveLetterOfDevice(std::string_view name) {
+    if (name.size() != 2 || name[1] != ':') return '\0';
+    char letter = text::FoldUpper(name[0]);
+    return letter >= 'A' && letter <= 'Z' ? letter : '\0';
+}
+
+// The name under which `folder` holds `component`: the component itself when an entry has
+// exactly that name, else the first entry in directory order that differs only in letter case.
+std::optional<std::string> FindEntry(const fs::path& folder, const std::string& component) {
+    struct stat st;
+    if (::lstat((folder / component).c_str(), &st) == 0) return component;
+    Folder listing(folder);
+    while (const char* name = listing.Next())
+        if (text::EqualsNoCase(name, component)) return std::string(name);
+    return std::nullopt;
+}
+
+}  // namespace
+
+DriveType DriveTypeOf(const fs::path& target) {
+    auto first = target.begin();
+    if (first != target.end() && ++first != target.end() && *first == "dev")
+        return DriveType::Unknown;
+    struct stat st;
+    if (::stat(target.c_str(), &st) != 0) return DriveType::Unknown;
+    return DriveType::Fixed;
+}
+
+WineFileSystem::WineFileSystem(fs::path prefix) : prefix_(std::move(prefix)) {
+    std::error_code error;
+    if (fs::path absolute = fs::absolute(prefix_, error); !error) prefix_ = absolute;
+    const fs::path devices = prefix_ / "dosdevices";
+    Folder listing(devices);
+    if (!listing.ok()) {
+        drives_.push_back({'Z', fs::path("/")});
+        return;
+    }
+    while (const char* name = listing.Next()) {
+        char letter = DriveLetterOfDevice(name);
+        if (letter == '\0' || FindDrive(letter)) continue;
+        fs::path target = fs::read_symlink(devices / name, error);
+        if (error) {
+            // A real folder in place of the link serves as the drive itself.
+            if (!fs::is_directory(devices / name, error)) continue;
+            target = devices / name;
+        } else if (target.is_relative()) {
+            target = devices / target;
+        }
+        drives_.push_back({letter, CleanTarget(target)});
+    }
+    std::sort(drives_.begin(), drives_.end(),
+              [](const Drive& a, const Drive& b) { return a.letter < b.letter; });
+}
+
+const WineFileSystem::Drive* WineFileSystem::FindDrive(char letter) const {
+    for (const Drive& drive : drives_)
+        if (drive.letter == letter) return &drive;
+    return nullptr;
+}
+
+std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath) const {
+    if (windowsPath.find('\0') != std::string_view::npos) return std::nullopt;
+    const Drive* drive = FindDrive(DriveLetterOf(windowsPath));
+    if (!drive) return std::nullopt;
+    const std::vector<std::string> parts = ComponentsOf(windowsPath);
+
+    fs::path exact = drive->target;
+    for (const std::string& part : parts) exact /= part;
+    struct stat st;
+    if (::lstat(exact.c_str(), &st) == 0) return exact;
+
+    // Look each component up in its folder until one is missing; the rest stay as written.
+    fs::path host = drive->target;
+    bool searching = true;
+    for (const std::string& part : parts) {
+        if (searching) {
+            if (auto found = FindEntry(host, part)) {
+                host /= *found;
+                continue;
+            }
+            searching = false;
+        }
+        host /= part;
+    }
+    return host;
+}
+
+std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) const {
+    std::error_code error;
+    fs::path absolute = fs::absolute(host, error);
+    if (error) return std::nullopt;
+    absolute = absolute.lexically_normal();
+    std::vector<std::string> parts;
+    for (const fs::path& part : absolute.relative_path())
+        if (!part.empty()) parts.push_back(part.string());
+
+    // Drives are compared by the identity of their folders, as Wine does, so that a link to a
+    // drive's folder or a prefix reached through a linked path still maps to the drive.
+    struct Root {
+        char letter;
+        struct stat st;
+    };
+    std::vector<Root> roots;
+    for (const Drive& drive : drives_) {
+        Root root{drive.letter, {}};
+        if (::stat(drive.target.c_str(), &root.st) == 0) roots.push_back(root);
+    }
+
+    // The deepest folder on the path that is a drive's folder gives the drive.
+    for (std::size_t depth = parts.size() + 1; depth-- > 0;) {
+        fs::path folder = absolute.root_path();
+        for (std::size_t i = 0; i < depth; ++i) folder /= parts[i];
+        struct stat st;
+        if (::stat(folder.c_str(), &st) != 0) continue;
+        for (const Root& root : roots) {
+            if (!SameFile(root.st, st)) continue;
+            std::string windows{root.letter, ':', '\\'};
+            for (std::size_t i = depth; i < parts.size(); ++i) {
+                if (i > depth) windows += '\\';
+                windows += parts[i];
+            }
+            return windows;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) const {
+    auto host = ToHostPath(path);
+    struct stat st;
+    if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
+    // A drive's root is never hidden, whatever its host folder is called.
+    return AttributesOf(st, ComponentsOf(path).empty() ? "" : host->filename().native());
+}
+
+bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attributes) {
+    auto host = ToHostPath(path);
+    struct stat st;
+    if (!host || ::stat(host->c_str(), &st) != 0) return false;
+    const mode_t mode = st.st_mode & 07777;
+    mode_t wanted = mode;
+    if (attributes & attr::ReadOnly) {
+        // Wine ignores read-only on folders: their write bits decide who may add files.
+        if (!S_ISDIR(st.st_mode)) wanted = mode & ~kWriteBits;
+    } else if (IsReadOnly(st)) {
+        // As Wine clears the mark: the owner may read and write, group and others may write
+        // where they may read, and the umask has the last word.
+        wanted =
+            mode | ((S_IRUSR | S_IWUSR | ((mode & (S_IRGRP | S_IROTH)) >> 1)) & ~ProcessUmask());
+    }
+    // Hidden and system have no place on a Linux file system: nothing to do for them.
+    return wanted == mode || ::chmod(host->c_str(), wanted) == 0;
+}
+
+std::optional<std::vector<DirEntry>> WineFileSystem::List(std::string_view folder) const {
+    auto host = ToHostPath(folder);
+    if (!host) return std::nullopt;
+    Folder listing(*host);
+    if (!listing.ok()) return std::nullopt;
+    std::vector<DirEntry> entries;
+    while (const char* name = listing.Next()) {
+        struct stat st;
+        // Follows links as Windows sees them; a link to nothing is not listed.
+        if (::fstatat(listing.fd(), name, &st, 0) != 0) continue;
+        entries.push_back({name, AttributesOf(st, name)});
+    }
+    if (listing.failed()) return std::nullopt;
+    return entries;
+}
+
+std::optional<std::string> WineFileSystem::ReadAll(std::string_view path) const {
+    auto host = ToHostPath(path);
+    if (!host) return std::nullopt;
+    return ReadHostFile(*host);
+}
+
+bool WineFileSystem::WriteAll(std::string_view path, std::string_view bytes) {
+    auto host = ToHostPath(path);
+    if (!host || ComponentsOf(path).empty()) return false;
+    struct stat st;
+    // Checked here because permission bits do not stop the superuser, and Windows refuses
+    // writes to a read-only file whoever asks.
+    if (::stat(host->c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || IsReadOnly(st))) return false;
+    FileHandle file(::open(host->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    return file.ok() && WriteFully(file.fd(), bytes) && ::fsync(file.fd()) == 0 && file.Close();
+}
+
+bool WineFileSystem::Rename(std::string_view from, std::string_view to) {
+    auto source = ToHostPath(from);
+    auto target = ToHostPath(to);
+    if (!source || !target || ComponentsOf(from).empty() || ComponentsOf(to).empty()) return false;
+    struct stat st;
+    if (::lstat(source->c_str(), &st) != 0) return false;
+    if (*source == *target) {
+        // The same entry: at most a change of letter case in its name.
+        fs::path respelled = target->parent_path() / ComponentsOf(to).back();
+        if (respelled == *source) return true;
+        target = respelled;
+    } else if (::stat(target->c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || IsReadOnly(st))) {
+        // Windows replaces neither a folder nor a read-only file.
+        return false;
+    }
+    if (::rename(source->c_str(), target->c_str()) != 0) return false;
+    // The move is made; syncing the folders only makes it outlast a crash.
+    SyncFolder(target->parent_path());
+    if (source->parent_path() != target->parent_path()) SyncFolder(source->parent_path());
+    return true;
+}
+
+bool WineFileSystem::Copy(std::string_view from, std::string_view to) {
+    auto source = ToHostPath(from);
+    auto target = ToHostPath(to);
+    if (!source || !target || ComponentsOf(to).empty()) return false;
+    FileHandle in(::open(source->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    struct stat sourceStat;
+    if (!in.ok() || ::fstat(in.fd(), &sourceStat) != 0 || !S_ISREG(sourceStat.st_mode))
+        return false;
+    struct stat targetStat;
+    if (::stat(target->c_str(), &targetStat) == 0 &&
+        (SameFile(sourceStat, targetStat) || S_ISDIR(targetStat.st_mode) || IsReadOnly(targetStat)))
+        return false;
+    FileHandle out(::open(target->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+    return out.ok() && CopyFully(in.fd(), out.fd()) &&
+           ::fchmod(out.fd(), sourceStat.st_mode & 0777) == 0 && ::fsync(out.fd()) == 0 &&
+           out.Close();
+}
+
+bool WineFileSystem::Remove(std::string_view path) {
+    auto host = ToHostPath(path);
+    struct stat st;
+    if (!host || ComponentsOf(path).empty() || ::lstat(host->c_str(), &st) != 0) return false;
+    return (S_ISDIR(st.st_mode) ? ::rmdir(host->c_str()) : ::unlink(host->c_str())) == 0;
+}
+
+bool WineFileSystem::CreateFolder(std::string_view path) {
+    auto host = ToHostPath(path);
+    return host && !ComponentsOf(path).empty() && ::mkdir(host->c_str(), 0777) == 0;
+}
+
+std::vector<DriveInfo> WineFileSystem::Drives() const {
+    std::vector<DriveInfo> drives;
+    for (const Drive& drive : drives_)
+        drives.push_back({std::string{drive.letter, ':', '\\'}, DriveTypeOf(drive.target)});
+    return drives;
+}
+
+}  // namespace optera::platform

@@ -1,0 +1,60 @@
+#pragma once
+// The files of a Wine prefix, named by Windows paths. Drive X: is whatever the prefix's
+// `dosdevices/x:` link points at; below it every component is matched as Wine matches it: the
+// exact name first, then the first name in directory order that differs only in letter case.
+// Read-only is "no write bit for anyone", hidden is a name starting with a dot.
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/FileSystem.h"
+
+namespace optera::platform {
+
+class WineFileSystem : public FileSystem {
+  public:
+    // A drive letter and the host folder it stands for.
+    struct Drive {
+        char letter;                   // 'A'..'Z'
+        std::filesystem::path target;  // absolute, lexically normal
+    };
+
+    // Reads the drives from `<prefix>/dosdevices`. Without that folder the machine has one
+    // drive, Z:, for the host's root.
+    explicit WineFileSystem(std::filesystem::path prefix);
+
+    const std::filesystem::path& prefix() const { return prefix_; }
+    const std::vector<Drive>& drives() const { return drives_; }
+
+    // Where a Windows path is on the host; nullopt when the path has no drive letter or its
+    // drive does not exist. Components that are not on disk are kept as written.
+    std::optional<std::filesystem::path> ToHostPath(std::string_view windowsPath) const;
+    // The Windows path of a host path, through the drive whose folder holds it most closely;
+    // nullopt when no drive holds it.
+    std::optional<std::string> ToWindowsPath(const std::filesystem::path& host) const;
+
+    std::optional<std::uint32_t> Attributes(std::string_view path) const override;
+    bool SetAttributes(std::string_view path, std::uint32_t attributes) override;
+    std::optional<std::vector<DirEntry>> List(std::string_view folder) const override;
+    std::optional<std::string> ReadAll(std::string_view path) const override;
+    bool WriteAll(std::string_view path, std::string_view bytes) override;
+    bool Rename(std::string_view from, std::string_view to) override;
+    bool Copy(std::string_view from, std::string_view to) override;
+    bool Remove(std::string_view path) override;
+    bool CreateFolder(std::string_view path) override;
+    std::vector<DriveInfo> Drives() const override;
+
+  private:
+    const Drive* FindDrive(char letter) const;
+
+    std::filesystem::path prefix_;
+    std::vector<Drive> drives_;  // in letter order
+};
+
+// The kind of drive a dosdevices target makes.
+DriveType DriveTypeOf(const std::filesystem::path& target);
+
+}  // namespace optera::platform

@@ -1,0 +1,23 @@
+#include "platform/wine/WineMachine.h"
+
+namespace optera::platform {
+
+namespace fs = std::filesystem;
+
+WineMachine::WineMachine(fs::path prefix)
+    : WineMachine(std::move(prefix), ProcessEnvironment(),
+                  UserSettingsFile::DefaultPath(ProcessEnvironment())) {}
+
+WineMachine::WineMachine(fs::path prefix, const EnvironmentVariables& host, fs::path settingsFile)
+    : files_(std::move(prefix)),
+      environment_(files_.prefix(), host),
+      specialFolders_(environment_),
+      userSettings_(std::move(settingsFile)) {}
+
+fs::path WineMachine::DefaultPrefix(const EnvironmentVariables& host) {
+    auto prefix = host.find("WINEPREFIX");
+    if (prefix != host.end() && !prefix->second.empty()) return prefix->second;
+    return HostHomeFolder(host) / ".wine";
+}
+
+}  // namespace optera::platform

@@ -1,0 +1,44 @@
+#pragma once
+// A Wine prefix as the machine Optera works on: its files, the environment and special folders
+// a process in it sees, and the user's settings.
+
+#include <filesystem>
+
+#include "platform/Machine.h"
+#include "platform/wine/UserSettingsFile.h"
+#include "platform/wine/WineEnvironment.h"
+#include "platform/wine/WineFileSystem.h"
+#include "platform/wine/WineSpecialFolders.h"
+
+namespace optera::platform {
+
+class WineMachine {
+  public:
+    // The prefix as this process's environment and the default settings file describe it.
+    explicit WineMachine(std::filesystem::path prefix);
+    WineMachine(std::filesystem::path prefix, const EnvironmentVariables& host,
+                std::filesystem::path settingsFile);
+    // The parts refer to each other: the machine stays where it was made.
+    WineMachine(const WineMachine&) = delete;
+    WineMachine& operator=(const WineMachine&) = delete;
+
+    // $WINEPREFIX when set, else ~/.wine.
+    static std::filesystem::path DefaultPrefix(const EnvironmentVariables& host);
+    static std::filesystem::path DefaultPrefix() { return DefaultPrefix(ProcessEnvironment()); }
+
+    const std::filesystem::path& prefix() const { return files_.prefix(); }
+    WineFileSystem& files() { return files_; }
+    WineEnvironment& environment() { return environment_; }
+    WineSpecialFolders& specialFolders() { return specialFolders_; }
+    UserSettingsFile& userSettings() { return userSettings_; }
+
+    Machine machine() { return Machine{files_, environment_, specialFolders_, userSettings_}; }
+
+  private:
+    WineFileSystem files_;
+    WineEnvironment environment_;
+    WineSpecialFolders specialFolders_;
+    UserSettingsFile userSettings_;
+};
+
+}  // namespace optera::platform

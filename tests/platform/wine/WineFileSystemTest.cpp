@@ -1,0 +1,177 @@
+#include <dirent.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <set>
+
+#include "WinePrefix.h"
+#include "platform/wine/WineFileSystem.h"
+
+using namespace optera::platform;
+namespace fs = std::filesystem;
+
+namespace {
+
+class WineFileSystemTest : public optera::testing::WinePrefixTest {
+  protected:
+    mode_t ModeOf(std::string_view relative) const {
+        struct stat st {};
+        ::stat((prefix() / relative).c_str(), &st);
+        return st.st_mode & 07777;
+    }
+    std::vector<std::string> Names(std::string_view folder) const {
+        std::vector<std::string> names;
+        for (const DirEntry& entry : files.List(folder).value_or(std::vector<DirEntry>{}))
+            names.push_back(entry.name);
+        return names;
+    }
+
+    WineFileSystem files{prefix()};
+};
+
+TEST_F(WineFileSystemTest, PrefersTheExactNameThenAnyCase) {
+    temp.Write("drive_c/Games/Sample/readme.txt", "lower");
+    temp.Write("drive_c/Games/Sample/README.TXT", "upper");
+    EXPECT_EQ(files.ReadAll("C:\\games\\sample\\bin\\sample.exe"), "MZ");
+    EXPECT_EQ(files.ReadAll("c:/GAMES/Sample/./Bin/../Bin/SAMPLE.exe"), "MZ");
+    EXPECT_EQ(files.ReadAll("C:\\Games\\Sample\\README.TXT"), "upper");
+    EXPECT_EQ(files.ReadAll("C:\\Games\\Sample\\readme.txt"), "lower");
+    EXPECT_EQ(files.Attributes("C:\\GAMES\\SAMPLE\\BIN\\SAMPLE.EXE"), attr::Archive);
+    EXPECT_EQ(files.Attributes("C:\\Games\\Missing.txt"), std::nullopt);
+}
+
+TEST_F(WineFileSystemTest, NewFileGoesIntoTheFolderSpelledInAnotherCase) {
+    ASSERT_TRUE(files.WriteAll("C:\\GAMES\\sample\\New.ini", "x"));
+    EXPECT_EQ(temp.Read("drive_c/Games/Sample/New.ini"), "x");
+    ASSERT_TRUE(files.CreateFolder("C:\\games\\SAVES"));
+    EXPECT_TRUE(fs::is_directory(driveC() / "Games" / "SAVES"));
+    EXPECT_EQ(Names("C:\\").size(), 2u);  // Games and users, no second "GAMES"
+}
+
+TEST_F(WineFileSystemTest, MapsWindowsPathsToTheHostAndBack) {
+    struct Row {
+        std::string windows;
+        fs::path host;
+        std::string back;  // what the host path maps back to
+    };
+    const Row rows[] = {
+        {"C:\\", driveC(), "C:\\"},
+        {"c:\\games\\SAMPLE\\bin\\sample.exe", driveC() / "Games/Sample/Bin/Sample.EXE",
+         "C:\\Games\\Sample\\Bin\\Sample.EXE"},
+        {"C:\\Games\\New Folder\\x.txt", driveC() / "Games/New Folder/x.txt",
+         "C:\\Games\\New Folder\\x.txt"},
+        {"C:\\..\\..\\Games", driveC() / "Games", "C:\\Games"},
+        {"z:\\etc", "/etc", "Z:\\etc"},
+        {OnZ(prefix() / "system.reg"), prefix() / "system.reg", OnZ(prefix() / "system.reg")},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(files.ToHostPath(row.windows), row.host) << row.windows;
+        EXPECT_EQ(files.ToWindowsPath(row.host), row.back) << row.windows;
+    }
+    // A path through the drive's link is still on the drive.
+    EXPECT_EQ(files.ToWindowsPath(devices() / "c:" / "Games"), "C:\\Games");
+    EXPECT_EQ(files.ToHostPath("D:\\x"), std::nullopt);
+    EXPECT_EQ(files.ToHostPath("\\Games"), std::nullopt);
+}
+
+TEST_F(WineFileSystemTest, DrivesComeFromDriveLinksOnly) {
+    fs::create_symlink("/nonexistent-optera-target", devices() / "d:");
+    fs::create_symlink("/dev/null", devices() / "e:");
+    fs::create_symlink("/dev/ttyS0", devices() / "com1");
+    fs::create_symlink("/", devices() / "c::");
+    WineFileSystem withMore(prefix());
+    std::vector<std::pair<std::string, DriveType>> drives;
+    for (const DriveInfo& drive : withMore.Drives()) drives.emplace_back(drive.root, drive.type);
+    EXPECT_EQ(drives, (std::vector<std::pair<std::string, DriveType>>{{"C:\\", DriveType::Fixed},
+                                                                      {"D:\\", DriveType::Unknown},
+                                                                      {"E:\\", DriveType::Unknown},
+                                                                      {"Z:\\", DriveType::Fixed}}));
+}
+
+TEST_F(WineFileSystemTest, MissingPrefixHasTheHostRootAsZ) {
+    WineFileSystem bare(prefix() / "absent");
+    ASSERT_EQ(bare.Drives().size(), 1u);
+    EXPECT_EQ(bare.Drives()[0].root, "Z:\\");
+    EXPECT_EQ(bare.ReadAll(OnZ(driveC() / "Games/Sample/Bin/SAMPLE.exe")), "MZ");
+    EXPECT_EQ(bare.ReadAll("C:\\Games\\Sample\\Bin\\Sample.EXE"), std::nullopt);
+}
+
+TEST_F(WineFileSystemTest, ReadOnlyIsTheAbsenceOfWriteBits) {
+    temp.Write("drive_c/Games/locked.cfg", "old");
+    temp.Write("drive_c/Games/other.cfg", "other");
+    fs::permissions(driveC() / "Games/locked.cfg", fs::perms(0444));
+    const std::string locked = "C:\\Games\\LOCKED.cfg";
+    EXPECT_EQ(files.Attributes(locked), attr::Archive | attr::ReadOnly);
+    EXPECT_FALSE(files.WriteAll(locked, "new"));
+    EXPECT_FALSE(files.Copy("C:\\Games\\other.cfg", locked));
+    EXPECT_FALSE(files.Rename("C:\\Games\\other.cfg", locked));
+    EXPECT_EQ(temp.Read("drive_c/Games/locked.cfg"), "old");
+
+    ASSERT_TRUE(files.SetAttributes(locked, attr::Normal));
+    EXPECT_NE(ModeOf("drive_c/Games/locked.cfg") & S_IWUSR, 0u);
+    EXPECT_TRUE(files.WriteAll(locked, "new"));
+    ASSERT_TRUE(files.SetAttributes(locked, attr::ReadOnly | attr::Hidden));
+    EXPECT_EQ(ModeOf("drive_c/Games/locked.cfg"), 0444u);
+    EXPECT_TRUE(files.Remove(locked));
+    EXPECT_FALSE(fs::exists(driveC() / "Games/locked.cfg"));
+}
+
+TEST_F(WineFileSystemTest, RenameAndCopyReplaceTheTarget) {
+    temp.Write("drive_c/Games/a.txt", "A");
+    temp.Write("drive_c/Games/b.txt", "B");
+    fs::permissions(driveC() / "Games/a.txt", fs::perms(0640));
+    ASSERT_TRUE(files.Copy("C:\\Games\\A.TXT", "C:\\Games\\c.txt"));
+    EXPECT_EQ(temp.Read("drive_c/Games/c.txt"), "A");
+    EXPECT_EQ(ModeOf("drive_c/Games/c.txt"), 0640u);
+    EXPECT_FALSE(files.Copy("C:\\Games\\c.txt", "C:\\games\\C.TXT"));  // onto itself
+    EXPECT_EQ(temp.Read("drive_c/Games/c.txt"), "A");
+
+    ASSERT_TRUE(files.Rename("C:\\Games\\a.txt", "C:\\GAMES\\B.TXT"));
+    EXPECT_EQ(temp.Read("drive_c/Games/b.txt"), "A");
+    EXPECT_FALSE(fs::exists(driveC() / "Games/a.txt"));
+    ASSERT_TRUE(files.Rename("C:\\Games\\b.txt", "C:\\Games\\B.txt"));  // a new spelling
+    auto names = Names("C:\\Games");
+    EXPECT_EQ(std::set<std::string>(names.begin(), names.end()),
+              (std::set<std::string>{"Sample", "B.txt", "c.txt"}));
+}
+
+TEST_F(WineFileSystemTest, ListKeepsDirectoryOrderAndSkipsBrokenLinks) {
+    for (const char* name : {"zeta.cfg", "alpha.cfg", "Mid.cfg", ".hidden"})
+        temp.Write(std::string("drive_c/Games/") + name, "x");
+    fs::create_symlink("missing-target", driveC() / "Games/broken");
+    fs::create_symlink("Sample", driveC() / "Games/linked");
+
+    std::vector<std::string> expected;
+    DIR* dir = ::opendir((driveC() / "Games").c_str());
+    while (const dirent* entry = ::readdir(dir)) {
+        std::string name = entry->d_name;
+        if (name != "." && name != ".." && name != "broken") expected.push_back(name);
+    }
+    ::closedir(dir);
+
+    auto entries = files.List("C:\\games");
+    ASSERT_TRUE(entries);
+    std::vector<std::string> names;
+    for (const DirEntry& entry : *entries) {
+        names.push_back(entry.name);
+        std::uint32_t want = entry.name == "Sample" || entry.name == "linked" ? attr::Directory
+                             : entry.name == ".hidden" ? attr::Archive | attr::Hidden
+                                                       : attr::Archive;
+        EXPECT_EQ(entry.attributes, want) << entry.name;
+    }
+    EXPECT_EQ(names, expected);
+    EXPECT_EQ(files.List("C:\\Games\\zeta.cfg"), std::nullopt);
+}
+
+TEST_F(WineFileSystemTest, FolderOperationsFailWhereWindowsFails) {
+    EXPECT_FALSE(files.CreateFolder("C:\\Games"));           // already there
+    EXPECT_FALSE(files.CreateFolder("C:\\No\\Such\\Tree"));  // one level at a time
+    EXPECT_FALSE(files.Remove("C:\\Games"));                 // not empty
+    EXPECT_FALSE(files.Remove("C:\\"));
+    EXPECT_FALSE(files.WriteAll("C:\\Games", "x"));
+    EXPECT_EQ(files.ReadAll("C:\\Games"), std::nullopt);
+    ASSERT_TRUE(files.CreateFolder("C:\\Games\\Empty"));
+    EXPECT_TRUE(files.Remove("c:\\games\\empty"));
+}
+
+}  // namespace
