@@ -53,10 +53,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
     const std::string value = CleanValue(bytes);
     if (profile.SetIniStringValue(path, "Fuzz", "Key", value)) {
-        Check(profile.GetIniStringValue(path, "fuzz", "KEY") ==
-              (value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0]
-                   ? value.substr(1, value.size() - 2)
-                   : value.substr(0, 509)));
+        Check(
+            profile.GetIniStringValue(path, "fuzz", "KEY") ==
+            (value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0]
+                 ? value.substr(1, value.size() - 2)
+                 : value.substr(0, 509)));
         auto after = services::ProfileDocument::Parse(*files.ReadAll(path));
         for (const std::string& name : doc.SectionNames()) {
             if (optera::text::EqualsNoCase(name, "Fuzz")) continue;

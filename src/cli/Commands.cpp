@@ -11,11 +11,14 @@ namespace optera::cli {
 
 namespace {
 
-bool IsBlankTemplate(std::string_view name) { return text::ContainsNoCase(name, "_BLANK"); }
+bool IsBlankTemplate(std::string_view name) {
+    return text::ContainsNoCase(name, "_BLANK");
+}
 
 std::vector<std::string> RecipeNames(Session& session) {
     std::vector<std::string> names;
-    for (const std::string& file : session.profile().GetListOfFiles(session.modsFolder() + "\\*.txt")) {
+    for (const std::string& file :
+         session.profile().GetListOfFiles(session.modsFolder() + "\\*.txt")) {
         if (file.size() <= 4 || IsBlankTemplate(file)) continue;
         names.push_back(file.substr(0, file.size() - 4));
     }

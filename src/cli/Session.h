@@ -19,7 +19,7 @@ struct SessionOptions {
 };
 
 class Session {
-public:
+  public:
     // nullopt with a reason in `error` when there is no usable program folder.
     static std::unique_ptr<Session> Open(const SessionOptions& options, std::string& error);
 
@@ -31,7 +31,7 @@ public:
     // The host path of a Windows path, for messages.
     std::string HostPathOf(const std::string& windowsPath);
 
-private:
+  private:
     Session(const std::filesystem::path& prefix, std::string programFolder);
 
     platform::WineMachine wine_;

@@ -7,7 +7,7 @@ namespace optera::platform {
 
 // The environment variables that a Windows process on this machine sees.
 class Environment {
-public:
+  public:
     virtual ~Environment() = default;
     // The value of a variable, its name matched without regard to case; "" when unknown.
     virtual std::string Get(std::string_view name) const = 0;

@@ -30,8 +30,8 @@ std::vector<std::string> FindNames(const FileSystem& files, std::string_view pat
 
 bool ReplaceFile(FileSystem& files, std::string_view path, std::string_view bytes,
                  std::string_view tempName) {
-    std::string temp = tempName.empty() ? std::string(NameOf(path)) + ".optera-new"
-                                        : std::string(tempName);
+    std::string temp =
+        tempName.empty() ? std::string(NameOf(path)) + ".optera-new" : std::string(tempName);
     std::string tempPath = JoinPath(ParentOf(path), temp);
     if (!files.WriteAll(tempPath, bytes) || !files.Rename(tempPath, path)) {
         files.Remove(tempPath);

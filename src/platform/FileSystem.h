@@ -13,7 +13,7 @@
 namespace optera::platform {
 
 class FileSystem {
-public:
+  public:
     virtual ~FileSystem() = default;
 
     // Attribute bits of a file or folder; nullopt when nothing is at that path.

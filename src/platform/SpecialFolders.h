@@ -43,7 +43,7 @@ inline constexpr int CommonAdminTools = 47;
 
 // The machine's special folders by id.
 class SpecialFolders {
-public:
+  public:
     virtual ~SpecialFolders() = default;
     // The folder's Windows path without a trailing backslash; nullopt when the machine has none.
     virtual std::optional<std::string> Path(int id) const = 0;

@@ -7,7 +7,7 @@ namespace optera::platform {
 
 // Small per-user settings that outlive the process, by application, section and key.
 class UserSettings {
-public:
+  public:
     virtual ~UserSettings() = default;
     virtual std::string Get(std::string_view app, std::string_view section, std::string_view key,
                             std::string_view fallback) const = 0;

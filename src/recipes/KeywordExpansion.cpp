@@ -16,7 +16,9 @@ void ReplaceFirst(std::string& s, std::string_view keyword, std::string_view val
     if (at != text::npos) s.replace(at, keyword.size(), value);
 }
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 }  // namespace
 
@@ -34,7 +36,8 @@ std::string KeywordExpander::ExpandKeywords(std::string_view textIn,
     std::size_t end = at + kTable.size();
     while (end < s.size() && IsDigit(s[end])) ++end;
     // The section is named as the text writes it, less the '#'.
-    std::string value = LookupResDependent(recipePath, std::string_view(s).substr(at + 1, end - at - 1));
+    std::string value =
+        LookupResDependent(recipePath, std::string_view(s).substr(at + 1, end - at - 1));
     if (value.empty()) return std::string(kMissingEntryMarker);
     s.replace(at, end - at, value);
     return s;
@@ -44,8 +47,8 @@ std::string KeywordExpander::LookupResDependent(std::string_view recipePath,
                                                 std::string_view sectionName) const {
     auto lines = profile_.GetIniSection(recipePath, sectionName);
     if (!lines) return "";
-    std::string wanted = std::to_string(selected_.SelectedWidth) + "X" +
-                         std::to_string(selected_.SelectedHeight);
+    std::string wanted =
+        std::to_string(selected_.SelectedWidth) + "X" + std::to_string(selected_.SelectedHeight);
     for (const std::string& line : *lines) {
         std::vector<std::string> pieces = text::Split(line, "=");
         if (text::ToUpper(pieces[0]) == wanted) return text::PieceOr(pieces, 1);

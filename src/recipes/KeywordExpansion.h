@@ -23,7 +23,7 @@ struct SelectedResolution {
 };
 
 class KeywordExpander {
-public:
+  public:
     KeywordExpander(const services::cPrivateProfile& profile, const SelectedResolution& selected)
         : profile_(profile), selected_(selected) {}
 
@@ -40,7 +40,7 @@ public:
     std::vector<std::string>& ExpandLines(std::vector<std::string>& lines,
                                           std::string_view recipePath) const;
 
-private:
+  private:
     const services::cPrivateProfile& profile_;
     const SelectedResolution& selected_;
 };

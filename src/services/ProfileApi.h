@@ -15,7 +15,7 @@
 namespace optera::services {
 
 class ProfileApi {
-public:
+  public:
     explicit ProfileApi(platform::FileSystem& files) : files_(files) {}
 
     // Section names, each ended by NUL, the list ended by one more NUL. Returns the characters
@@ -39,7 +39,7 @@ public:
     bool WritePrivateProfileStringA(std::string_view section, std::string_view key,
                                     std::string_view value, std::string_view path);
 
-private:
+  private:
     platform::FileSystem& files_;
 };
 

@@ -29,7 +29,9 @@ std::optional<std::string_view> HeaderName(std::string_view text) {
     return Trim(s.substr(1, close - 1));
 }
 
-bool IsComment(std::string_view trimmed) { return !trimmed.empty() && trimmed.front() == ';'; }
+bool IsComment(std::string_view trimmed) {
+    return !trimmed.empty() && trimmed.front() == ';';
+}
 
 struct Entry {
     std::string_view key;
@@ -56,8 +58,8 @@ ProfileDocument ProfileDocument::Parse(std::string_view bytes) {
         }
         std::size_t next = end + 1;
         if (bytes[end] == '\r' && next < bytes.size() && bytes[next] == '\n') ++next;
-        doc.lines_.push_back(
-            {std::string(bytes.substr(start, end - start)), std::string(bytes.substr(end, next - end))});
+        doc.lines_.push_back({std::string(bytes.substr(start, end - start)),
+                              std::string(bytes.substr(end, next - end))});
         start = next;
     }
     return doc;
@@ -94,7 +96,8 @@ std::optional<ProfileDocument::Range> ProfileDocument::FindSection(std::string_v
     return std::nullopt;
 }
 
-std::optional<std::size_t> ProfileDocument::FindKey(const Range& range, std::string_view key) const {
+std::optional<std::size_t> ProfileDocument::FindKey(const Range& range,
+                                                    std::string_view key) const {
     std::string_view wanted = Trim(key);
     for (std::size_t i = range.header + 1; i < range.end; ++i) {
         std::string_view trimmed = Trim(lines_[i].text);

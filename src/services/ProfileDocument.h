@@ -10,7 +10,7 @@
 namespace optera::services {
 
 class ProfileDocument {
-public:
+  public:
     // Any bytes are accepted. CR LF, LF and a lone CR each end a line.
     static ProfileDocument Parse(std::string_view bytes);
     // The file's bytes; what Parse was given, plus the changes made since.
@@ -29,7 +29,7 @@ public:
     // of its section, or adds the section at the end of the file.
     void Set(std::string_view section, std::string_view key, std::string_view value);
 
-private:
+  private:
     struct Line {
         std::string text;    // without its line end
         std::string ending;  // "\r\n", "\n", "\r", or "" for a last line without one

@@ -24,7 +24,8 @@ struct Filled {
 std::optional<Filled> GrowingBufferRead(const std::function<std::uint32_t(std::string&)>& call,
                                         const std::function<bool(const Filled&)>& stopOnEmpty) {
     Filled filled{std::string(255, '\0'), 0};
-    while (filled.count == 0 || filled.count == static_cast<std::int64_t>(filled.buffer.size()) - 2) {
+    while (filled.count == 0 ||
+           filled.count == static_cast<std::int64_t>(filled.buffer.size()) - 2) {
         filled.buffer.assign(filled.buffer.size() * 2, '\0');
         std::uint32_t count = call(filled.buffer);
         if (count > 32767) return std::nullopt;
@@ -34,10 +35,13 @@ std::optional<Filled> GrowingBufferRead(const std::function<std::uint32_t(std::s
     return filled;
 }
 
-bool NothingCameBack(const Filled& filled) { return TrimAtNull(filled.buffer).empty(); }
+bool NothingCameBack(const Filled& filled) {
+    return TrimAtNull(filled.buffer).empty();
+}
 
 std::vector<std::string> SplitAtNul(const Filled& filled) {
-    return text::Split(std::string_view(filled.buffer).substr(0, filled.count), std::string(1, '\0'));
+    return text::Split(std::string_view(filled.buffer).substr(0, filled.count),
+                       std::string(1, '\0'));
 }
 
 }  // namespace
@@ -47,8 +51,7 @@ std::string_view TrimAtNull(std::string_view buffer) {
 }
 
 std::vector<std::string> cPrivateProfile::GetListOfFiles(std::string_view szDirPath) const {
-    std::vector<std::string> names =
-        platform::FindNames(files_, text::ToLower(szDirPath), false);
+    std::vector<std::string> names = platform::FindNames(files_, text::ToLower(szDirPath), false);
     if (names.empty()) names.emplace_back();
     return names;
 }

@@ -16,7 +16,7 @@
 namespace optera::services {
 
 class cPrivateProfile {
-public:
+  public:
     explicit cPrivateProfile(platform::FileSystem& files) : api_(files), files_(files) {}
 
     // Names of the files (not folders) that match a pattern with its folder, in directory
@@ -41,7 +41,7 @@ public:
     bool SetIniStringValue(std::string_view szIniPath, std::string_view szSectionName,
                            std::string_view szSectionNameValue, std::string_view szSectionValue);
 
-private:
+  private:
     ProfileApi api_;
     platform::FileSystem& files_;
 };

@@ -8,8 +8,12 @@ namespace {
 constexpr unsigned char kUpperSpecial[] = {0x8A, 0x8C, 0x8E, 0x9F};
 constexpr unsigned char kLowerSpecial[] = {0x9A, 0x9C, 0x9E, 0xFF};
 
-bool IsLatinUpper(unsigned char b) { return b >= 0xC0 && b <= 0xDE && b != 0xD7; }
-bool IsLatinLower(unsigned char b) { return b >= 0xE0 && b <= 0xFE && b != 0xF7; }
+bool IsLatinUpper(unsigned char b) {
+    return b >= 0xC0 && b <= 0xDE && b != 0xD7;
+}
+bool IsLatinLower(unsigned char b) {
+    return b >= 0xE0 && b <= 0xFE && b != 0xF7;
+}
 
 }  // namespace
 

@@ -36,7 +36,9 @@ int CompareNoCase(std::string_view a, std::string_view b);
 // For maps keyed by names that are compared without regard to case.
 struct LessNoCase {
     using is_transparent = void;
-    bool operator()(std::string_view a, std::string_view b) const { return CompareNoCase(a, b) < 0; }
+    bool operator()(std::string_view a, std::string_view b) const {
+        return CompareNoCase(a, b) < 0;
+    }
 };
 
 }  // namespace optera::text

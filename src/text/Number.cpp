@@ -10,9 +10,13 @@ namespace optera::text {
 
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
+bool IsDigit(char c) {
+    return c >= '0' && c <= '9';
+}
 
-bool IsSpace(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+bool IsSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
 
 int HexDigitValue(char c) {
     if (c >= '0' && c <= '9') return c - '0';
@@ -89,8 +93,12 @@ double LeadingNumber(std::string_view s) {
     return value;
 }
 
-std::optional<std::int16_t> RoundToInt16(double value) { return RoundTo<std::int16_t>(value); }
+std::optional<std::int16_t> RoundToInt16(double value) {
+    return RoundTo<std::int16_t>(value);
+}
 
-std::optional<std::int32_t> RoundToInt32(double value) { return RoundTo<std::int32_t>(value); }
+std::optional<std::int32_t> RoundToInt32(double value) {
+    return RoundTo<std::int32_t>(value);
+}
 
 }  // namespace optera::text

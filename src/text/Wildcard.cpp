@@ -43,9 +43,11 @@ std::vector<Item> Tokenize(std::string_view pattern) {
 }
 
 class Matcher {
-public:
+  public:
     Matcher(std::string_view name, std::vector<Item> items)
-        : name_(name), items_(std::move(items)), lastDot_(name.rfind('.')),
+        : name_(name),
+          items_(std::move(items)),
+          lastDot_(name.rfind('.')),
           memo_((items_.size() + 1) * (name.size() + 1), -1) {}
 
     bool Match(std::size_t p, std::size_t n) {
@@ -54,7 +56,7 @@ public:
         return seen == 1;
     }
 
-private:
+  private:
     bool AtEnd(std::size_t n) const { return n == name_.size(); }
 
     bool Compute(std::size_t p, std::size_t n) {
@@ -69,9 +71,8 @@ private:
                 return false;
             case Token::DosStar: {
                 // Stops short of the last dot; with no dot it may take the whole name.
-                std::size_t limit = lastDot_ == std::string_view::npos || lastDot_ < n
-                                        ? name_.size()
-                                        : lastDot_;
+                std::size_t limit =
+                    lastDot_ == std::string_view::npos || lastDot_ < n ? name_.size() : lastDot_;
                 for (std::size_t k = n; k <= limit; ++k)
                     if (Match(p + 1, k)) return true;
                 return false;

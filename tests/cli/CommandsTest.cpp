@@ -12,7 +12,7 @@ namespace {
 // A program folder with two recipes and the blank template, on a prefix whose C: drive holds
 // nothing but a user folder.
 class CliCommands : public ::testing::Test {
-protected:
+  protected:
     optera::testing::TempFolder root;
     std::unique_ptr<cli::Session> session;
     std::ostringstream out, err;
@@ -30,7 +30,8 @@ protected:
         root.Write("home/MODS/_BLANK.txt", "[GAMEINFO]\r\n");
         root.Write("prefix/drive_c/users/alice/Documents/.keep", "");
         std::filesystem::create_directories(root.path() / "prefix/dosdevices");
-        std::filesystem::create_directory_symlink("../drive_c", root.path() / "prefix/dosdevices/c:");
+        std::filesystem::create_directory_symlink("../drive_c",
+                                                  root.path() / "prefix/dosdevices/c:");
         std::filesystem::create_directory_symlink("/", root.path() / "prefix/dosdevices/z:");
         std::string error;
         session = cli::Session::Open({root.path() / "home", root.path() / "prefix", {}}, error);
@@ -50,7 +51,8 @@ TEST_F(CliCommands, ListsRecipesWithoutTheTemplate) {
 }
 
 TEST_F(CliCommands, ExpandsARecipeForAResolution) {
-    EXPECT_EQ(cli::ExpandRecipe(*session, "sample racer.TXT", "3840X1024", {}, out, err), 0) << err.str();
+    EXPECT_EQ(cli::ExpandRecipe(*session, "sample racer.TXT", "3840X1024", {}, out, err), 0)
+        << err.str();
     EXPECT_EQ(out.str(),
               "[Registry]\nHKEY_CURRENT_USER\\Software\\Sample,Width,3840,REG_DWORD\n"
               "[CFG.1]\nDisplay,Width=3840\nDisplay,Height=1024\n"

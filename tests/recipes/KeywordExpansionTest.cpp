@@ -10,7 +10,7 @@ using Lines = std::vector<std::string>;
 namespace {
 
 class Keywords : public ::testing::Test {
-protected:
+  protected:
     platform::FakeFileSystem files;
     services::cPrivateProfile profile{files};
     recipes::SelectedResolution selected{3840, 1024};

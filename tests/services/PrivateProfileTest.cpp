@@ -10,7 +10,7 @@ using Lines = std::vector<std::string>;
 namespace {
 
 class PrivateProfile : public ::testing::Test {
-protected:
+  protected:
     platform::FakeFileSystem files;
     cPrivateProfile profile{files};
     const std::string ini = "C:\\Optera\\test.ini";

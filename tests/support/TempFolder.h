@@ -9,7 +9,7 @@
 namespace optera::testing {
 
 class TempFolder {
-public:
+  public:
     TempFolder();
     ~TempFolder();
     TempFolder(const TempFolder&) = delete;
@@ -21,7 +21,7 @@ public:
     // The content of a file below the folder; "" when it is missing.
     std::string Read(std::string_view relative) const;
 
-private:
+  private:
     std::filesystem::path path_;
 };
 

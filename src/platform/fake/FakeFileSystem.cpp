@@ -10,7 +10,9 @@ namespace {
 constexpr std::uint32_t kSettableMarks = attr::ReadOnly | attr::Hidden;
 }
 
-FakeFileSystem::FakeFileSystem() { AddDrive('C', DriveType::Fixed); }
+FakeFileSystem::FakeFileSystem() {
+    AddDrive('C', DriveType::Fixed);
+}
 
 void FakeFileSystem::AddDrive(char letter, DriveType type) {
     letter = text::FoldUpper(letter);

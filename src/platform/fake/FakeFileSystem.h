@@ -12,7 +12,7 @@
 namespace optera::platform {
 
 class FakeFileSystem : public FileSystem {
-public:
+  public:
     // Starts with one fixed drive, C:.
     FakeFileSystem();
 
@@ -33,7 +33,7 @@ public:
     bool CreateFolder(std::string_view path) override;
     std::vector<DriveInfo> Drives() const override;
 
-private:
+  private:
     struct Node {
         std::string name;
         bool folder = false;

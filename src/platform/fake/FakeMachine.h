@@ -9,19 +9,19 @@
 namespace optera::platform {
 
 class FakeEnvironment : public Environment {
-public:
+  public:
     std::map<std::string, std::string, text::LessNoCase> variables;
     std::string Get(std::string_view name) const override;
 };
 
 class FakeSpecialFolders : public SpecialFolders {
-public:
+  public:
     std::map<int, std::string> folders;
     std::optional<std::string> Path(int id) const override;
 };
 
 class FakeUserSettings : public UserSettings {
-public:
+  public:
     std::map<std::string, std::string, text::LessNoCase> values;  // "app\section\key"
     std::string Get(std::string_view app, std::string_view section, std::string_view key,
                     std::string_view fallback) const override;
