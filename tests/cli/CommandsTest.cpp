@@ -59,8 +59,12 @@ TEST_F(CliCommands, ExpandsARecipeForAResolution) {
               "[CFG.2]\n3=fov 90\n");
 
     out.str("");
-    EXPECT_EQ(cli::ExpandRecipe(*session, "Sample Racer", "1024x768", {"CFG.2"}, out, err), 0);
-    EXPECT_EQ(out.str(), "[CFG.2]\nMISSING_OPTERA_RESDEPENDENT_ENTRY\n");
+    // A resolution without a table value voids that section alone.
+    EXPECT_EQ(cli::ExpandRecipe(*session, "Sample Racer", "1024x768", {"CFG.1", "CFG.2"}, out, err),
+              0);
+    EXPECT_EQ(out.str(),
+              "[CFG.1]\nDisplay,Width=1024\nDisplay,Height=768\n"
+              "[CFG.2]\nMISSING_OPTERA_RESDEPENDENT_ENTRY\n");
 }
 
 TEST_F(CliCommands, RefusesWhatItCannotUse) {
