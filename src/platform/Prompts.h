@@ -1,0 +1,35 @@
+#pragma once
+// The user, as the logic sees them: message boxes that show a text and bring back an answer.
+// The window shows real dialogs, the command line asks on the terminal or answers from flags,
+// and tests script the answers and keep a transcript of every box.
+
+#include <string>
+
+namespace optera::platform {
+
+enum class MessageIcon { None, Critical, Exclamation, Question, Information };
+enum class MessageButtons { Ok, YesNo };
+enum class MessageAnswer { Ok, Yes, No };
+
+struct PromptMessage {
+    std::string title;  // empty: the application's title
+    std::string text;
+    MessageButtons buttons = MessageButtons::Ok;
+    MessageIcon icon = MessageIcon::None;
+
+    bool operator==(const PromptMessage&) const = default;
+};
+
+// The title a box shows: its own, or the application's short name when it has none.
+std::string ShownTitle(const PromptMessage& box);
+
+class Prompts {
+  public:
+    virtual ~Prompts() = default;
+    // Shows a box and waits for the user's answer.
+    virtual MessageAnswer ShowMessage(const PromptMessage& box) = 0;
+    // Lets pending user-interface events run (a long search stays responsive).
+    virtual void RunPendingEvents() {}
+};
+
+}  // namespace optera::platform
