@@ -60,48 +60,58 @@ void ApplyLineNumber(Lines& fileLines, const Lines& lines, const std::string& li
     }
 }
 
-void ApplyString(Lines& fileLines, const Lines& lines, const std::string& lineEnd) {
+namespace {
+
+// The walk that String and StringInsert share: for each modification line with enough pieces,
+// every file line holding its key (case counts) is rewritten from the key's first place on;
+// the keys that no line holds are added at the end, after all modification lines, so later
+// lines do not see them.
+template <typename Rewrite, typename Added>
+void ApplyKeyed(Lines& fileLines, const Lines& lines, std::size_t piecesNeeded, Rewrite rewrite,
+                Added added) {
     Lines appended;
     for (const std::string& line : lines) {
         std::vector<std::string> pieces = text::Split(line, "=");
-        if (pieces.size() < 2 || pieces[0].empty()) continue;
-        const std::string& key = pieces[0];
-        const std::string& value = pieces[1];
+        if (pieces.size() < piecesNeeded || pieces[0].empty()) continue;
         std::string sep = DetectSeparator(fileLines);
         bool found = false;
         for (std::string& fileLine : fileLines) {
-            std::size_t at = fileLine.find(key);
+            std::size_t at = fileLine.find(pieces[0]);
             if (at == std::string::npos) continue;
-            fileLine = fileLine.substr(0, at) + key + sep + value + lineEnd;
+            fileLine = fileLine.substr(0, at) + rewrite(pieces, sep, fileLine, at);
             found = true;
         }
-        if (!found) appended.push_back(key + sep + value + lineEnd);
+        if (!found) appended.push_back(added(pieces, sep));
     }
     fileLines.insert(fileLines.end(), appended.begin(), appended.end());
 }
 
+}  // namespace
+
+void ApplyString(Lines& fileLines, const Lines& lines, const std::string& lineEnd) {
+    // Whatever followed the key on the line, its line end included, gives way.
+    auto keyed = [&](const std::vector<std::string>& p, const std::string& sep) {
+        return p[0] + sep + p[1] + lineEnd;
+    };
+    ApplyKeyed(
+        fileLines, lines, 2,
+        [&](const auto& p, const std::string& sep, const std::string&, std::size_t) {
+            return keyed(p, sep);
+        },
+        keyed);
+}
+
 void ApplyStringInsert(Lines& fileLines, const Lines& lines) {
-    Lines appended;
-    for (const std::string& line : lines) {
-        std::vector<std::string> pieces = text::Split(line, "=");
-        if (pieces.size() < 3 || pieces[0].empty()) continue;
-        const std::string& key = pieces[0];
-        const std::string& value = pieces[1];
-        const std::string& endText = pieces[2];
-        std::string sep = DetectSeparator(fileLines);
-        bool found = false;
-        for (std::string& fileLine : fileLines) {
-            std::size_t start = fileLine.find(key);
-            if (start == std::string::npos) continue;
-            std::size_t stop = fileLine.find(endText, start);
-            // Without the end text behind the key, the whole old line stands behind the value.
-            std::string rest = stop == std::string::npos ? fileLine : fileLine.substr(stop);
-            fileLine = fileLine.substr(0, start) + key + sep + value + rest;
-            found = true;
-        }
-        if (!found) appended.push_back(key + sep + value + endText);
-    }
-    fileLines.insert(fileLines.end(), appended.begin(), appended.end());
+    ApplyKeyed(
+        fileLines, lines, 3,
+        [](const auto& p, const std::string& sep, const std::string& fileLine, std::size_t start) {
+            // What follows the end text stays; without the end text behind the key, the whole
+            // old line stands behind the value.
+            std::size_t stop = fileLine.find(p[2], start);
+            return p[0] + sep + p[1] +
+                   (stop == std::string::npos ? fileLine : fileLine.substr(stop));
+        },
+        [](const auto& p, const std::string& sep) { return p[0] + sep + p[1] + p[2]; });
 }
 
 void ApplyReplaceCfg(Lines& fileLines, const Lines& lines) {
