@@ -7,6 +7,8 @@
 #include <cstring>
 #include <optional>
 
+#include "text/CodePage.h"
+
 namespace optera::optimizer {
 
 namespace {
@@ -21,33 +23,10 @@ constexpr unsigned kParseFlags =
 const platform::PromptMessage kLoadError{"", "Error loading XML", platform::MessageButtons::Ok,
                                          platform::MessageIcon::None};
 
-// Code points of the bytes 0x80-0x9F in Windows-1252; the five bytes it leaves undefined map to
-// the control characters of the same number, as Windows converts them.
-constexpr char16_t kCp1252High[32] = {
-    0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
-    0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
-    0x2013, 0x2014, 0x02DC, 0x2122, 0x0161, 0x203A, 0x0153, 0x009D, 0x017E, 0x0178};
-
 // Recipe text is in the 8-bit code page; the parser holds documents as UTF-8 and converts them
 // back to the file's own encoding when saving. The text ends at a NUL, as the parser's strings do.
-std::string Utf8FromCodePage(std::string_view text) {
-    std::string utf8;
-    for (char c : text) {
-        auto byte = static_cast<unsigned char>(c);
-        if (byte == 0) break;
-        char32_t code = byte >= 0x80 && byte < 0xA0 ? kCp1252High[byte - 0x80] : byte;
-        if (code < 0x80) {
-            utf8 += static_cast<char>(code);
-        } else if (code < 0x800) {
-            utf8 += static_cast<char>(0xC0 | (code >> 6));
-            utf8 += static_cast<char>(0x80 | (code & 0x3F));
-        } else {
-            utf8 += static_cast<char>(0xE0 | (code >> 12));
-            utf8 += static_cast<char>(0x80 | ((code >> 6) & 0x3F));
-            utf8 += static_cast<char>(0x80 | (code & 0x3F));
-        }
-    }
-    return utf8;
+std::string Utf8FromRecipeText(std::string_view text) {
+    return text::Utf8FromCodePage(text.substr(0, text.find('\0')));
 }
 
 bool IsBlank(std::string_view text) {
@@ -234,8 +213,8 @@ void ApplyXml(platform::FileSystem& files, platform::Prompts& prompts, std::stri
     for (const std::string& line : lines) {
         std::size_t equals = line.rfind('=');
         if (equals == std::string::npos) continue;
-        std::string xpath = Utf8FromCodePage(std::string_view(line).substr(0, equals));
-        std::string value = Utf8FromCodePage(std::string_view(line).substr(equals + 1));
+        std::string xpath = Utf8FromRecipeText(std::string_view(line).substr(0, equals));
+        std::string value = Utf8FromRecipeText(std::string_view(line).substr(equals + 1));
         if (path.empty()) continue;
 
         // Loaded afresh for each line: a line sees what the lines before it saved.

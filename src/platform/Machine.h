@@ -4,6 +4,7 @@
 
 #include "platform/Environment.h"
 #include "platform/FileSystem.h"
+#include "platform/KeyStore.h"
 #include "platform/SpecialFolders.h"
 #include "platform/UserSettings.h"
 
@@ -11,6 +12,7 @@ namespace optera::platform {
 
 struct Machine {
     FileSystem& files;
+    KeyStore& registry;
     Environment& environment;
     SpecialFolders& specialFolders;
     UserSettings& userSettings;

@@ -1,10 +1,12 @@
 #pragma once
-// A whole machine in memory for tests: files, environment, special folders, user settings.
+// A whole machine in memory for tests: files, registry, environment, special folders, user
+// settings.
 
 #include <map>
 
 #include "platform/Machine.h"
 #include "platform/fake/FakeFileSystem.h"
+#include "platform/fake/FakeKeyStore.h"
 
 namespace optera::platform {
 
@@ -31,11 +33,14 @@ class FakeUserSettings : public UserSettings {
 
 struct FakeMachine {
     FakeFileSystem files;
+    FakeKeyStore registry{true};  // a 64-bit machine, with both views
     FakeEnvironment environment;
     FakeSpecialFolders specialFolders;
     FakeUserSettings userSettings;
 
-    Machine machine() { return Machine{files, environment, specialFolders, userSettings}; }
+    Machine machine() {
+        return Machine{files, registry, environment, specialFolders, userSettings};
+    }
 };
 
 }  // namespace optera::platform

@@ -8,6 +8,7 @@
 
 #include "platform/WindowsPath.h"
 #include "platform/wine/HostFiles.h"
+#include "platform/wine/KeyStoreText.h"
 
 namespace optera::platform {
 
@@ -26,6 +27,38 @@ std::string HostComputerName() {
 std::string HostValue(const EnvironmentVariables& host, std::string_view name) {
     auto it = host.find(name);
     return it == host.end() ? std::string() : it->second;
+}
+
+// Variables in a map as an Environment, for expanding registry values.
+class MapEnvironment : public Environment {
+  public:
+    explicit MapEnvironment(EnvironmentVariables variables) : variables_(std::move(variables)) {}
+    std::string Get(std::string_view name) const override { return HostValue(variables_, name); }
+
+  private:
+    EnvironmentVariables variables_;
+};
+
+// Replaces `folder` by a registry value that names a folder, expanded as Wine expands it.
+void ReadFolder(KeyStore& registry, std::string_view path, std::string_view name,
+                std::string& folder) {
+    static const MapEnvironment kSystem({{"SystemDrive", "C:"}, {"SystemRoot", "C:\\windows"}});
+    auto value = ReadRegistryText(registry, hkey::LocalMachine, path, name);
+    if (!value || value->text.empty()) return;
+    folder = value->type == regtype::ExpandSz ? ExpandVariables(value->text, kSystem) : value->text;
+}
+
+void ReadProfileFolders(KeyStore& registry, WineProfile& profile) {
+    constexpr std::string_view kProfiles =
+        "Software\\Microsoft\\Windows NT\\CurrentVersion\\ProfileList";
+    constexpr std::string_view kWindows = "Software\\Microsoft\\Windows\\CurrentVersion";
+    ReadFolder(registry, kProfiles, "ProfilesDirectory", profile.profilesFolder);
+    ReadFolder(registry, kProfiles, "ProgramData", profile.programData);
+    ReadFolder(registry, kProfiles, "Public", profile.publicFolder);
+    ReadFolder(registry, kWindows, "ProgramFilesDir", profile.programFiles);
+    ReadFolder(registry, kWindows, "CommonFilesDir", profile.commonFiles);
+    ReadFolder(registry, kWindows, "ProgramFilesDir (x86)", profile.programFilesX86);
+    ReadFolder(registry, kWindows, "CommonFilesDir (x86)", profile.commonFilesX86);
 }
 
 }  // namespace
@@ -79,23 +112,32 @@ bool PrefixIs64Bit(const fs::path& prefix) {
     return fs::is_directory(prefix / "drive_c" / "Program Files (x86)", error);
 }
 
-WineProfile DetectProfile(const fs::path& prefix, const EnvironmentVariables& host) {
+WineProfile DetectProfile(const fs::path& prefix, const EnvironmentVariables& host,
+                          KeyStore* registry) {
     WineProfile profile;
     profile.userName = PrefixUserName(prefix, host);
     profile.computerName = HostComputerName();
     profile.win64 = PrefixIs64Bit(prefix);
+    if (registry) ReadProfileFolders(*registry, profile);
     return profile;
 }
 
-WineEnvironment::WineEnvironment(const fs::path& prefix, const EnvironmentVariables& host)
-    : WineEnvironment(DetectProfile(prefix, host), host) {}
+WineEnvironment::WineEnvironment(const fs::path& prefix, const EnvironmentVariables& host,
+                                 KeyStore* registry)
+    : WineEnvironment(DetectProfile(prefix, host, registry), host, registry) {}
 
 // Wine imports the host's variables, then sets its own over them in this order, each step
 // expanding against what the steps before it made.
-WineEnvironment::WineEnvironment(WineProfile profile, const EnvironmentVariables& host)
+WineEnvironment::WineEnvironment(WineProfile profile, const EnvironmentVariables& host,
+                                 KeyStore* registry)
     : profile_(std::move(profile)), variables_(host) {
     SetStartupVariables();
     SetEnvironmentKeyDefaults();
+    if (registry) {
+        SetEnvironmentKey(*registry, hkey::LocalMachine,
+                          "System\\CurrentControlSet\\Control\\Session Manager\\Environment");
+        SetEnvironmentKey(*registry, hkey::CurrentUser, "Environment");
+    }
     SetSessionVariables();
     SetProgramFolders();
 }
@@ -122,6 +164,16 @@ void WineEnvironment::SetEnvironmentKeyDefaults() {
     Set("OS", "Windows_NT");
     Set("TEMP", Expand("%USERPROFILE%\\AppData\\Local\\Temp"));
     Set("TMP", Expand("%USERPROFILE%\\AppData\\Local\\Temp"));
+}
+
+// Wine sets a key's plain strings first, then its expandable ones, each expanded against what
+// is set by then.
+void WineEnvironment::SetEnvironmentKey(KeyStore& registry, HKEY root, std::string_view path) {
+    const auto values = ReadRegistryTexts(registry, root, path);
+    for (DWORD type : {regtype::Sz, regtype::ExpandSz})
+        for (const auto& [name, value] : values)
+            if (value.type == type)
+                Set(name, type == regtype::ExpandSz ? Expand(value.text) : value.text);
 }
 
 // The logged-on user's values, which Windows keeps in a key that is never saved.

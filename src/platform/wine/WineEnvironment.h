@@ -1,7 +1,8 @@
 #pragma once
 // The Windows environment that a process started in a Wine prefix sees. Wine starts from the
 // host process's environment and lays its own variables over it; the folders in them follow the
-// prefix's user and width (WineProfile).
+// prefix's user and width (WineProfile). Given the prefix's registry, the folders and variables
+// are those the registry names, as Wine takes them from there.
 
 #include <filesystem>
 #include <map>
@@ -9,6 +10,7 @@
 #include <string_view>
 
 #include "platform/Environment.h"
+#include "platform/KeyStore.h"
 #include "text/NoCase.h"
 
 namespace optera::platform {
@@ -46,12 +48,20 @@ std::string PrefixUserName(const std::filesystem::path& prefix, const Environmen
 // line leaves it to whether `drive_c/Program Files (x86)` exists.
 bool PrefixIs64Bit(const std::filesystem::path& prefix);
 // The profile of a prefix with Wine's default folders, its user and width, and this host's name.
-WineProfile DetectProfile(const std::filesystem::path& prefix, const EnvironmentVariables& host);
+// With a registry, the folders of its ProfileList (ProfilesDirectory, ProgramData, Public) and
+// of HKLM\Software\Microsoft\Windows\CurrentVersion (ProgramFilesDir, CommonFilesDir and
+// their "(x86)" forms) replace the defaults.
+WineProfile DetectProfile(const std::filesystem::path& prefix, const EnvironmentVariables& host,
+                          KeyStore* registry = nullptr);
 
 class WineEnvironment : public Environment {
   public:
-    WineEnvironment(const std::filesystem::path& prefix, const EnvironmentVariables& host);
-    WineEnvironment(WineProfile profile, const EnvironmentVariables& host);
+    // With a registry, the values of the machine's and the user's environment keys are laid
+    // over the defaults those keys hold in a new prefix. The registry is only read here.
+    WineEnvironment(const std::filesystem::path& prefix, const EnvironmentVariables& host,
+                    KeyStore* registry = nullptr);
+    WineEnvironment(WineProfile profile, const EnvironmentVariables& host,
+                    KeyStore* registry = nullptr);
 
     std::string Get(std::string_view name) const override;
 
@@ -66,6 +76,7 @@ class WineEnvironment : public Environment {
   private:
     void SetStartupVariables();
     void SetEnvironmentKeyDefaults();
+    void SetEnvironmentKey(KeyStore& registry, HKEY root, std::string_view path);
     void SetSessionVariables();
     void SetProgramFolders();
     std::string UserProfile() const;

@@ -10,8 +10,9 @@ WineMachine::WineMachine(fs::path prefix)
 
 WineMachine::WineMachine(fs::path prefix, const EnvironmentVariables& host, fs::path settingsFile)
     : files_(std::move(prefix)),
-      environment_(files_.prefix(), host),
-      specialFolders_(environment_),
+      registry_(files_.prefix()),
+      environment_(files_.prefix(), host, &registry_),
+      specialFolders_(environment_, &registry_),
       userSettings_(std::move(settingsFile)) {}
 
 fs::path WineMachine::DefaultPrefix(const EnvironmentVariables& host) {

@@ -1,6 +1,6 @@
 #pragma once
-// A Wine prefix as the machine Optera works on: its files, the environment and special folders
-// a process in it sees, and the user's settings.
+// A Wine prefix as the machine Optera works on: its files, its registry, the environment and
+// special folders a process in it sees (taken from that registry), and the user's settings.
 
 #include <filesystem>
 
@@ -8,6 +8,7 @@
 #include "platform/wine/UserSettingsFile.h"
 #include "platform/wine/WineEnvironment.h"
 #include "platform/wine/WineFileSystem.h"
+#include "platform/wine/WineKeyStore.h"
 #include "platform/wine/WineSpecialFolders.h"
 
 namespace optera::platform {
@@ -28,14 +29,18 @@ class WineMachine {
 
     const std::filesystem::path& prefix() const { return files_.prefix(); }
     WineFileSystem& files() { return files_; }
+    KeyStore& registry() { return registry_; }
     WineEnvironment& environment() { return environment_; }
     WineSpecialFolders& specialFolders() { return specialFolders_; }
     UserSettingsFile& userSettings() { return userSettings_; }
 
-    Machine machine() { return Machine{files_, environment_, specialFolders_, userSettings_}; }
+    Machine machine() {
+        return Machine{files_, registry_, environment_, specialFolders_, userSettings_};
+    }
 
   private:
     WineFileSystem files_;
+    WineKeyStore registry_;
     WineEnvironment environment_;
     WineSpecialFolders specialFolders_;
     UserSettingsFile userSettings_;

@@ -1,5 +1,6 @@
 #include "platform/wine/WineSpecialFolders.h"
 
+#include "platform/wine/KeyStoreText.h"
 #include "platform/wine/WineEnvironment.h"
 
 namespace optera::platform {
@@ -49,10 +50,24 @@ const ShellFolderPlace* WineSpecialFolders::Place(int id) {
     return nullptr;
 }
 
+std::optional<std::string> WineSpecialFolders::FromRegistry(std::string_view valueName) const {
+    constexpr std::string_view kShellFolders =
+        "Software\\Microsoft\\Windows\\CurrentVersion\\Explorer\\Shell Folders";
+    if (!registry_ || valueName.empty()) return std::nullopt;
+    for (HKEY root : {hkey::CurrentUser, hkey::LocalMachine}) {
+        auto value = ReadRegistryText(*registry_, root, kShellFolders, valueName);
+        if (value && !value->text.empty())
+            return value->type == regtype::ExpandSz ? ExpandVariables(value->text, environment_)
+                                                    : value->text;
+    }
+    return std::nullopt;
+}
+
 std::optional<std::string> WineSpecialFolders::Path(int id) const {
     const ShellFolderPlace* place = Place(id);
     if (!place) return std::nullopt;
-    std::string path = ExpandVariables(place->defaultPlace, environment_);
+    std::string path =
+        FromRegistry(place->valueName).value_or(ExpandVariables(place->defaultPlace, environment_));
     while (path.size() > 3 && path.back() == '\\') path.pop_back();
     return path;
 }

@@ -1,0 +1,718 @@
+#include "platform/wine/WineKeyStore.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <ctime>
+#include <optional>
+
+#include "platform/wine/HostFiles.h"
+#include "platform/wine/WineRegText.h"
+#include "platform/wine/WineServerLock.h"
+
+namespace optera::platform {
+
+namespace fs = std::filesystem;
+using Key = WineHive::Key;
+
+namespace {
+
+constexpr int kMachine = 0;
+constexpr int kUser = 1;
+constexpr int kDefaultUser = 2;
+constexpr int kUsers = -1;  // HKEY_USERS itself, whose subkeys are the user hives
+constexpr std::string_view kUserSid = "S-1-5-21-0-0-0-1000";
+constexpr std::string_view kWow64Node = "Wow6432Node";
+
+constexpr LONG kPathNotFound = 3;
+constexpr LONG kBadPathname = 161;
+constexpr LONG kAlreadyExists = 183;
+constexpr LONG kRegistryCorrupt = 1015;
+constexpr LONG kRegistryIoFailed = 1016;
+constexpr DWORD kOptionOpenLink = 0x8;
+constexpr REGSAM kAllAccess = 0xF003F;
+
+// What an access mask allows, with the generic rights spelled out as Windows maps them for keys.
+REGSAM Granted(REGSAM access) {
+    if (access & (0x02000000 | 0x10000000)) return kAllAccess;  // MAXIMUM_ALLOWED, GENERIC_ALL
+    if (access & 0x80000000) access |= regaccess::Read;
+    if (access & 0x40000000) access |= regaccess::Write;
+    return access;
+}
+
+bool IsString(DWORD type) {
+    return type == regtype::Sz || type == regtype::ExpandSz || type == regtype::MultiSz;
+}
+
+bool SameName(std::string_view a, std::string_view b) {
+    return CompareFoldedNames(FoldName(a), FoldName(b)) == 0;
+}
+
+// The components of a path, empty ones (doubled or outer backslashes) left out as Wine does.
+std::vector<std::string> SplitPath(std::string_view path) {
+    std::vector<std::string> parts;
+    while (!path.empty()) {
+        std::size_t slash = path.find('\\');
+        if (slash != 0) parts.emplace_back(path.substr(0, slash));
+        path.remove_prefix(slash == std::string_view::npos ? path.size() : slash + 1);
+    }
+    return parts;
+}
+
+// Wine takes no path that starts with a backslash, but drops one before a path below
+// HKEY_CLASSES_ROOT, as Windows does.
+bool AcceptPath(HKEY key, std::string_view& subKey) {
+    if (subKey.empty() || subKey[0] != '\\') return true;
+    if (key != hkey::ClassesRoot) return false;
+    subKey.remove_prefix(1);
+    return true;
+}
+
+std::string JoinPath(std::string path, const std::string& part) {
+    return path.empty() ? part : path + "\\" + part;
+}
+
+// The current time as a FILETIME (100 ns units since 1601).
+std::uint64_t Now() {
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 10000000u +
+           static_cast<std::uint64_t>(now.tv_nsec) / 100u + 116444736000000000u;
+}
+
+// A value's data as the "A" functions give it: strings in the code page.
+std::string CallerData(const RegFileValue& value) {
+    if (IsString(value.type)) return CodePageFromUtf16(Utf16FromLeBytes(value.data));
+    return std::string(value.data.begin(), value.data.end());
+}
+
+std::vector<std::uint8_t> StoredData(DWORD type, const std::uint8_t* data, DWORD length) {
+    if (!data) return {};
+    if (IsString(type))
+        return Utf16LeBytes(
+            Utf16FromCodePage(std::string_view(reinterpret_cast<const char*>(data), length)));
+    return std::vector<std::uint8_t>(data, data + length);
+}
+
+// Copies a name into a caller's buffer of `*length` characters; 234 when it and its NUL do
+// not fit.
+LONG GiveName(const std::string& text, char* buffer, DWORD* length) {
+    if (text.size() >= *length) return regerror::MoreData;
+    std::memcpy(buffer, text.data(), text.size());
+    buffer[text.size()] = '\0';
+    *length = static_cast<DWORD>(text.size());
+    return regerror::Success;
+}
+
+LONG GiveValue(const RegFileValue& value, DWORD* type, std::uint8_t* data, DWORD* dataLength) {
+    if (data && !dataLength) return regerror::InvalidParameter;
+    const std::string bytes = CallerData(value);
+    if (type) *type = value.type;
+    if (data) {
+        if (bytes.size() > *dataLength) {
+            *dataLength = static_cast<DWORD>(bytes.size());
+            return regerror::MoreData;
+        }
+        std::memcpy(data, bytes.data(), bytes.size());
+        // As Windows does: a string stored without its NUL gets one when there is room.
+        if (IsString(value.type) && bytes.size() < *dataLength &&
+            (bytes.empty() || bytes.back() != '\0'))
+            data[bytes.size()] = 0;
+    }
+    if (dataLength) *dataLength = static_cast<DWORD>(bytes.size());
+    return regerror::Success;
+}
+
+std::string CannotSave(const WineHive& hive) {
+    return "The registry file " + hive.path().string() +
+           (hive.present() ? " is not a Wine registry file" : " is missing") +
+           ", so Optera leaves the registry of this prefix alone.";
+}
+
+// The name a hive's root takes in a saved file.
+std::string RootName(int hive) {
+    return hive == kMachine ? "Machine" : hive == kUser ? std::string(kUserSid) : ".Default";
+}
+
+// Adds a key and the keys below it to a saved file, implied keys left implied.
+void AddTree(RegFile& out, const Key& key, const std::string& path, bool top, std::uint64_t now) {
+    if (top || !key.lines.empty()) {
+        const std::uint64_t time = key.Modified() ? key.Modified() : now;
+        RegFileKey& line = out.AddKey(path, time);
+        line.className = key.ClassName();
+        line.isLink = key.IsLink();
+        for (const RegFileValue* value : key.Values()) out.SetValue(path, *value, time);
+    }
+    for (const auto& subkey : key.subkeys)
+        if (subkey->impliedLink.empty())
+            AddTree(out, *subkey, path + "\\" + subkey->name, false, now);
+}
+
+// The one top-level key of a saved file; "" when it has none or several.
+std::string TopOf(const RegFile& saved) {
+    std::string top;
+    for (const RegFileKey* line : saved.Keys()) {
+        std::vector<std::string> parts = SplitPath(line->path);
+        if (parts.empty() || (!top.empty() && !SameName(parts[0], top))) return {};
+        top = parts[0];
+    }
+    return top;
+}
+
+bool WriteNewFile(const fs::path& file, const std::string& bytes) {
+    FileHandle handle(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!handle.ok()) return false;
+    if (WriteFully(handle.fd(), bytes) && ::fsync(handle.fd()) == 0 && handle.Close()) return true;
+    ::unlink(file.c_str());
+    return false;
+}
+
+}  // namespace
+
+// A key as a path reached it: its hive and its place in that hive's tree. HKEY_USERS itself
+// has no hive (kUsers) and no key.
+struct WineKeyStore::Spot {
+    int hive = kUsers;
+    const Key* key = nullptr;
+};
+
+struct WineKeyStore::Walked {
+    Spot at;                        // the last key reached
+    bool found = false;             // the whole path was found
+    std::vector<std::string> rest;  // the components not found, below `at`
+    LONG code = regerror::Success;  // 2 for a link to nowhere
+};
+
+struct WineKeyStore::Subkey {
+    std::string_view name;
+    const Key* key;
+};
+
+// Checks that the prefix may be written, takes the wineserver's lock, and makes the next reads
+// look at the files again, since they may have changed before the lock was taken.
+class WineKeyStore::WriteLock {
+  public:
+    explicit WriteLock(WineKeyStore& store) {
+        std::string why = store.WhyNotWritable();
+        if (why.empty()) {
+            lock_.emplace(store.prefix_);
+            why = lock_->failure();
+        }
+        code_ = why.empty() ? regerror::Success : store.Refuse(why);
+        store.BeginCall();
+    }
+    LONG code() const { return code_; }
+
+  private:
+    std::optional<WineServerLock> lock_;
+    LONG code_;
+};
+
+WineKeyStore::WineKeyStore(fs::path prefix) : prefix_(std::move(prefix)), files_(prefix_) {
+    hives_[kMachine] = std::make_unique<WineHive>(prefix_ / "system.reg", true);
+    hives_[kUser] = std::make_unique<WineHive>(prefix_ / "user.reg", false);
+    hives_[kDefaultUser] = std::make_unique<WineHive>(prefix_ / "userdef.reg", false);
+}
+
+WineKeyStore::~WineKeyStore() = default;
+
+// Each call reads a file at most once, so that keys found early in the call stay valid.
+void WineKeyStore::BeginCall() const {
+    ++call_;
+}
+
+WineHive& WineKeyStore::Hive(int index) const {
+    WineHive& hive = *hives_[index];
+    if (refreshedIn_[index] != call_) {
+        hive.Refresh();
+        refreshedIn_[index] = call_;
+    }
+    return hive;
+}
+
+bool WineKeyStore::Win64() const {
+    return Hive(kMachine).Arch() == "win64";
+}
+
+bool WineKeyStore::View32(REGSAM access) const {
+    return !(access & regaccess::Wow64_64Key) && Win64();
+}
+
+LONG WineKeyStore::Start(HKEY key, REGSAM needed, Spot& spot) const {
+    const Spot machine{kMachine, &Hive(kMachine).root()};
+    switch (key) {
+        case hkey::LocalMachine:
+            spot = machine;
+            return regerror::Success;
+        case hkey::CurrentUser:
+            spot = Spot{kUser, &Hive(kUser).root()};
+            return regerror::Success;
+        case hkey::Users:
+            spot = Spot{};
+            return regerror::Success;
+        case hkey::ClassesRoot:
+        case hkey::CurrentConfig: {
+            Walked root = Walk(machine,
+                               key == hkey::ClassesRoot
+                                   ? "Software\\Classes"
+                                   : "System\\CurrentControlSet\\Hardware Profiles\\Current",
+                               false, true);
+            if (!root.found) return regerror::FileNotFound;
+            spot = root.at;
+            return regerror::Success;
+        }
+        default:
+            break;
+    }
+    auto handle = handles_.find(key);
+    if (handle == handles_.end()) return regerror::InvalidHandle;
+    if ((Granted(handle->second.access) & needed) != needed) return regerror::AccessDenied;
+    spot = Spot{handle->second.hive, nullptr};
+    if (spot.hive == kUsers) return regerror::Success;
+    spot.key = Hive(spot.hive).Find(handle->second.path);
+    return spot.key ? regerror::Success : regerror::KeyDeleted;
+}
+
+bool WineKeyStore::RedirectsAt(const Spot& spot, std::string_view next) const {
+    return spot.hive == kMachine && !SameName(next, kWow64Node) && Win64() &&
+           spot.key->Find(kWow64Node);
+}
+
+bool WineKeyStore::IsSharedClasses(const Spot& spot) const {
+    return spot.hive == kMachine && spot.key && spot.key->parent &&
+           SameName(spot.key->path, "Software\\Classes\\Wow6432Node") && Win64();
+}
+
+WineKeyStore::Walked WineKeyStore::Walk(Spot at, std::string_view subKey, bool view32,
+                                        bool followLast) const {
+    const std::vector<std::string> parts = SplitPath(Utf8FromCodePage(subKey));
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const std::string& part = parts[i];
+        auto missing = [&] { return Walked{at, false, {parts.begin() + i, parts.end()}}; };
+        if (!at.key) {
+            int hive = SameName(part, ".Default") ? kDefaultUser
+                       : SameName(part, kUserSid) ? kUser
+                                                  : kUsers;
+            if (hive == kUsers || !Hive(hive).present()) return missing();
+            at = Spot{hive, &Hive(hive).root()};
+            continue;
+        }
+        if (view32 && RedirectsAt(at, part)) at.key = at.key->Find(kWow64Node);
+        const Key* child = at.key->Find(part);
+        if (!child && view32 && IsSharedClasses(at)) {
+            // Shared classes: what the 32-bit view lacks is the 64-bit view's.
+            at.key = at.key->parent;
+            child = at.key->Find(part);
+        }
+        if (!child) return missing();
+        at.key = child;
+        if ((i + 1 < parts.size() || followLast) && !FollowLink(at, 0))
+            return {at, false, {}, regerror::FileNotFound};
+    }
+    if (view32 && at.key && !at.key->IsLink() && RedirectsAt(at, ""))
+        at.key = at.key->Find(kWow64Node);
+    return {at, true, {}};
+}
+
+bool WineKeyStore::FollowLink(Spot& spot, int depth) const {
+    if (!spot.key || !spot.key->IsLink()) return true;
+    if (depth >= 16) return false;
+    // "\Registry\Machine\<path>" or "\Registry\User\<sid>\<path>"
+    std::vector<std::string> parts = SplitPath(Utf8FromUtf16(spot.key->LinkTarget()));
+    if (parts.size() < 2 || !SameName(parts[0], "Registry")) return false;
+    std::size_t next = 2;
+    int hive = kUsers;
+    if (SameName(parts[1], "Machine")) {
+        hive = kMachine;
+    } else if (SameName(parts[1], "User") && parts.size() > 2) {
+        hive = SameName(parts[2], kUserSid)     ? kUser
+               : SameName(parts[2], ".Default") ? kDefaultUser
+                                                : kUsers;
+        next = 3;
+    }
+    if (hive == kUsers) return false;
+    Spot at{hive, &Hive(hive).root()};
+    for (; next < parts.size(); ++next) {
+        if (!(at.key = at.key->Find(parts[next])) || !FollowLink(at, depth + 1)) return false;
+    }
+    spot = at;
+    return true;
+}
+
+bool WineKeyStore::HandleView32(HKEY key) const {
+    auto handle = handles_.find(key);
+    return View32(handle == handles_.end() ? 0 : handle->second.access);
+}
+
+std::vector<WineKeyStore::Subkey> WineKeyStore::Subkeys(const Spot& spot, bool view32) const {
+    std::vector<Subkey> list;
+    if (!spot.key) {
+        if (Hive(kDefaultUser).present()) list.push_back({".Default", &Hive(kDefaultUser).root()});
+        if (Hive(kUser).present()) list.push_back({kUserSid, &Hive(kUser).root()});
+        return list;
+    }
+    for (const auto& subkey : spot.key->subkeys) list.push_back({subkey->name, subkey.get()});
+    if (!view32 || !IsSharedClasses(spot)) return list;
+    std::vector<Subkey> shared;
+    for (const auto& subkey : spot.key->parent->subkeys)
+        if (subkey.get() != spot.key && !spot.key->Find(subkey->name))
+            shared.push_back({subkey->name, subkey.get()});
+    std::vector<Subkey> merged;
+    std::merge(list.begin(), list.end(), shared.begin(), shared.end(), std::back_inserter(merged),
+               [](const Subkey& a, const Subkey& b) {
+                   return CompareFoldedNames(a.key->folded, b.key->folded) < 0;
+               });
+    return merged;
+}
+
+HKEY WineKeyStore::NewHandle(const Spot& spot, REGSAM access) {
+    const HKEY handle = nextHandle_;
+    nextHandle_ += 4;
+    handles_[handle] = Handle{spot.hive, spot.key ? spot.key->path : std::string(), access};
+    return handle;
+}
+
+LONG WineKeyStore::Refuse(std::string reason) {
+    lastRefusal_ = std::move(reason);
+    return regerror::AccessDenied;
+}
+
+LONG WineKeyStore::RegOpenKeyExA(HKEY key, std::string_view subKey, DWORD options, REGSAM access,
+                                 HKEY* result) {
+    if (!result) return regerror::InvalidParameter;
+    *result = 0;
+    if (!AcceptPath(key, subKey)) return kBadPathname;
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, 0, spot)) return code;
+    Walked walked = Walk(spot, subKey, View32(access), !(options & kOptionOpenLink));
+    if (walked.code) return walked.code;
+    if (!walked.found) return regerror::FileNotFound;
+    *result = NewHandle(walked.at, access);
+    return regerror::Success;
+}
+
+LONG WineKeyStore::RegCloseKey(HKEY key) {
+    if (key >= hkey::ClassesRoot && key <= hkey::DynData) return regerror::Success;
+    return handles_.erase(key) ? regerror::Success : regerror::InvalidHandle;
+}
+
+LONG WineKeyStore::RegQueryValueExA(HKEY key, std::string_view valueName, DWORD* type,
+                                    std::uint8_t* data, DWORD* dataLength) {
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, regaccess::QueryValue, spot)) return code;
+    const RegFileValue* value =
+        spot.key ? spot.key->FindValue(Utf8FromCodePage(valueName)) : nullptr;
+    if (!value) return regerror::FileNotFound;
+    return GiveValue(*value, type, data, dataLength);
+}
+
+LONG WineKeyStore::RegSetValueExA(HKEY key, std::string_view valueName, DWORD type,
+                                  const std::uint8_t* data, DWORD dataLength) {
+    if (!data && dataLength) return regerror::InvalidParameter;
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
+    WriteLock lock(*this);
+    if (lock.code()) return lock.code();
+    if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
+    if (!spot.key || spot.key->path.empty())
+        return Refuse("Values cannot be set on the root of HKEY_USERS or of a hive.");
+    WineHive& hive = Hive(spot.hive);
+    if (!hive.valid()) return Refuse(CannotSave(hive));
+
+    RegFileValue value{Utf8FromCodePage(valueName), type, StoredData(type, data, dataLength)};
+    const RegFileValue* old = spot.key->FindValue(value.name);
+    // As in Wine, a value set to what it holds is no change: the file stays as it is.
+    if (old && old->type == value.type && old->data == value.data) return regerror::Success;
+    if (old) value.name = old->name;
+    const std::string path = spot.key->path;
+    hive.file().SetValue(path, value, Now());
+    return hive.Commit() ? regerror::Success : kRegistryIoFailed;
+}
+
+LONG WineKeyStore::RegEnumKeyExA(HKEY key, DWORD index, char* name, DWORD* nameLength,
+                                 char* className, DWORD* classLength,
+                                 std::uint64_t* lastWriteTime) {
+    if (!name || !nameLength) return regerror::InvalidParameter;
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, regaccess::EnumerateSubKeys, spot)) return code;
+    const std::vector<Subkey> list = Subkeys(spot, HandleView32(key));
+    if (index >= list.size()) return regerror::NoMoreItems;
+    const Subkey& subkey = list[index];
+    const std::string text = CodePageFromUtf8(subkey.name);
+    const std::string kind = CodePageFromUtf8(subkey.key->ClassName().value_or(""));
+    if (text.size() >= *nameLength) return regerror::MoreData;
+    if (className && classLength && kind.size() >= *classLength) return regerror::MoreData;
+    GiveName(text, name, nameLength);
+    if (className && classLength) GiveName(kind, className, classLength);
+    if (classLength) *classLength = static_cast<DWORD>(kind.size());
+    if (lastWriteTime) *lastWriteTime = subkey.key->Modified();
+    return regerror::Success;
+}
+
+LONG WineKeyStore::RegEnumValueA(HKEY key, DWORD index, char* name, DWORD* nameLength, DWORD* type,
+                                 std::uint8_t* data, DWORD* dataLength) {
+    if (!name || !nameLength || (data && !dataLength)) return regerror::InvalidParameter;
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, regaccess::QueryValue, spot)) return code;
+    const std::vector<const RegFileValue*> values =
+        spot.key ? spot.key->Values() : std::vector<const RegFileValue*>();
+    if (index >= values.size()) return regerror::NoMoreItems;
+    if (LONG code = GiveName(CodePageFromUtf8(values[index]->name), name, nameLength)) return code;
+    return GiveValue(*values[index], type, data, dataLength);
+}
+
+LONG WineKeyStore::RegQueryInfoKeyA(HKEY key, char* className, DWORD* classLength, DWORD* subKeys,
+                                    DWORD* maxSubKeyLength, DWORD* values,
+                                    DWORD* maxValueNameLength, DWORD* maxValueLength,
+                                    std::uint64_t* lastWriteTime) {
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, regaccess::QueryValue, spot)) return code;
+    const std::string kind =
+        spot.key ? CodePageFromUtf8(spot.key->ClassName().value_or("")) : std::string();
+    if (className && classLength) {
+        if (kind.size() >= *classLength) {
+            *classLength = static_cast<DWORD>(kind.size());
+            return regerror::MoreData;
+        }
+        GiveName(kind, className, classLength);
+    }
+    if (classLength) *classLength = static_cast<DWORD>(kind.size());
+
+    const std::vector<Subkey> list = Subkeys(spot, HandleView32(key));
+    std::size_t longestKey = 0;
+    for (const Subkey& subkey : list)
+        longestKey = std::max(longestKey, Utf16FromUtf8(subkey.name).size());
+    const std::vector<const RegFileValue*> own =
+        spot.key ? spot.key->Values() : std::vector<const RegFileValue*>();
+    std::size_t longestName = 0;
+    std::size_t longestData = 0;
+    for (const RegFileValue* value : own) {
+        longestName = std::max(longestName, Utf16FromUtf8(value->name).size());
+        longestData = std::max(longestData, value->data.size());
+    }
+    if (subKeys) *subKeys = static_cast<DWORD>(list.size());
+    if (maxSubKeyLength) *maxSubKeyLength = static_cast<DWORD>(longestKey);
+    if (values) *values = static_cast<DWORD>(own.size());
+    if (maxValueNameLength) *maxValueNameLength = static_cast<DWORD>(longestName);
+    if (maxValueLength) *maxValueLength = static_cast<DWORD>(longestData);
+    if (lastWriteTime) *lastWriteTime = spot.key ? spot.key->Modified() : 0;
+    return regerror::Success;
+}
+
+LONG WineKeyStore::RegCreateKeyExA(HKEY key, std::string_view subKey, DWORD /*reserved*/,
+                                   std::string_view className, DWORD /*options*/, REGSAM access,
+                                   HKEY* result, DWORD* disposition) {
+    if (!result) return regerror::InvalidParameter;
+    *result = 0;
+    if (!AcceptPath(key, subKey)) return kBadPathname;
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, 0, spot)) return code;
+    Walked walked = Walk(spot, subKey, View32(access), true);
+    if (walked.code) return walked.code;
+    if (!walked.found) return CreateMissing(key, subKey, className, access, result, disposition);
+    // An existing key is only opened: nothing is written.
+    *result = NewHandle(walked.at, access);
+    if (disposition) *disposition = regdisposition::OpenedExistingKey;
+    return regerror::Success;
+}
+
+LONG WineKeyStore::CreateMissing(HKEY key, std::string_view subKey, std::string_view className,
+                                 REGSAM access, HKEY* result, DWORD* disposition) {
+    WriteLock lock(*this);
+    if (lock.code()) return lock.code();
+    Spot spot;
+    if (LONG code = Start(key, 0, spot)) return code;
+    Walked walked = Walk(spot, subKey, View32(access), true);
+    if (walked.code) return walked.code;
+    DWORD made = regdisposition::OpenedExistingKey;
+    if (!walked.found) {
+        if (!walked.at.key) return Refuse("HKEY_USERS holds only the prefix's user hives.");
+        WineHive& hive = Hive(walked.at.hive);
+        if (!hive.valid()) return Refuse(CannotSave(hive));
+        std::string path = walked.at.key->path;
+        for (const std::string& part : walked.rest) path = JoinPath(std::move(path), part);
+        RegFileKey& line = hive.file().AddKey(path, Now());
+        if (!className.empty()) line.className = Utf8FromCodePage(className);
+        if (!hive.Commit()) return kRegistryIoFailed;
+        walked.at.key = hive.Find(path);
+        if (!walked.at.key) return kRegistryIoFailed;
+        made = regdisposition::CreatedNewKey;
+    }
+    *result = NewHandle(walked.at, access);
+    if (disposition) *disposition = made;
+    return regerror::Success;
+}
+
+LONG WineKeyStore::RegDeleteKeyA(HKEY key, std::string_view subKey) {
+    return DeleteKey(key, subKey, 0);
+}
+
+LONG WineKeyStore::RegDeleteKeyExA(HKEY key, std::string_view subKey, REGSAM access,
+                                   DWORD /*reserved*/) {
+    return DeleteKey(key, subKey, access);
+}
+
+LONG WineKeyStore::DeleteKey(HKEY key, std::string_view subKey, REGSAM access) {
+    if (!AcceptPath(key, subKey)) return kBadPathname;
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, 0, spot)) return code;
+    WriteLock lock(*this);
+    if (lock.code()) return lock.code();
+    if (LONG code = Start(key, 0, spot)) return code;
+    Walked walked = Walk(spot, subKey, View32(access), true);
+    if (walked.code) return walked.code;
+    if (!walked.found) return regerror::FileNotFound;
+    const Key* target = walked.at.key;
+    if (!target || target->path.empty() || !target->impliedLink.empty())
+        return Refuse("The roots of the registry and Wine's own links cannot be deleted.");
+    if (!target->subkeys.empty()) return Refuse("A key that has subkeys cannot be deleted.");
+    WineHive& hive = Hive(walked.at.hive);
+    if (!hive.valid()) return Refuse(CannotSave(hive));
+
+    // The file gives a parent that only held this key a line of its own, so that it stays.
+    const std::string path = target->path;
+    hive.file().DeleteKey(path, Now());
+    return hive.Commit() ? regerror::Success : kRegistryIoFailed;
+}
+
+LONG WineKeyStore::RegDeleteValueA(HKEY key, std::string_view valueName) {
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
+    WriteLock lock(*this);
+    if (lock.code()) return lock.code();
+    if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
+    const RegFileValue* value =
+        spot.key ? spot.key->FindValue(Utf8FromCodePage(valueName)) : nullptr;
+    if (!value) return regerror::FileNotFound;
+    WineHive& hive = Hive(spot.hive);
+    if (!hive.valid()) return Refuse(CannotSave(hive));
+    const std::string path = spot.key->path;
+    const std::string name = value->name;
+    hive.file().DeleteValue(path, name, Now());
+    return hive.Commit() ? regerror::Success : kRegistryIoFailed;
+}
+
+LONG WineKeyStore::RegSaveKeyA(HKEY key, std::string_view fileName) {
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, 0, spot)) return code;
+    if (!spot.key) return regerror::AccessDenied;
+    auto host = files_.ToHostPath(fileName);
+    if (!host) return kPathNotFound;
+    struct stat st;
+    if (::lstat(host->c_str(), &st) == 0) return kAlreadyExists;
+    RegFile saved = RegFile::Parse("WINE REGISTRY Version 2\n");
+    const std::string top = spot.key->path.empty() ? RootName(spot.hive) : spot.key->name;
+    AddTree(saved, *spot.key, top, true, Now());
+    return WriteNewFile(*host, saved.Serialize()) ? regerror::Success : kRegistryIoFailed;
+}
+
+LONG WineKeyStore::RegRestoreKeyA(HKEY key, std::string_view fileName, DWORD /*flags*/) {
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, 0, spot)) return code;
+    auto host = files_.ToHostPath(fileName);
+    if (!host) return kPathNotFound;
+    auto content = ReadHostFile(*host);
+    if (!content) return regerror::FileNotFound;
+    const RegFile saved = RegFile::Parse(*content);
+    if (!saved.ok() || TopOf(saved).empty()) return kRegistryCorrupt;
+    WriteLock lock(*this);
+    if (lock.code()) return lock.code();
+    if (LONG code = Start(key, 0, spot)) return code;
+    return Restore(spot, saved);
+}
+
+LONG WineKeyStore::Restore(const Spot& spot, const RegFile& saved) {
+    if (!spot.key || spot.key->path.empty())
+        return Refuse("The root of a hive is not replaced as a whole.");
+    WineHive& hive = Hive(spot.hive);
+    if (!hive.valid()) return Refuse(CannotSave(hive));
+    const std::string base = spot.key->path;
+    const std::uint64_t now = Now();
+    RegFile& file = hive.file();
+    // Deepest keys first. Deleting a key's last subkey gives it a line of its own, so rounds
+    // go on until nothing is left below the key.
+    for (bool more = true; more;) {
+        std::vector<std::string> below;
+        for (const RegFileKey* line : file.Below(base))
+            if (line->path.size() > base.size()) below.push_back(line->path);
+        std::sort(below.begin(), below.end(), [](const std::string& a, const std::string& b) {
+            return std::count(a.begin(), a.end(), '\\') > std::count(b.begin(), b.end(), '\\');
+        });
+        more = false;
+        for (const std::string& path : below) more = file.DeleteKey(path, now) || more;
+    }
+    if (const RegFileKey* own = file.Find(base)) {
+        std::vector<std::string> names;
+        for (const RegFileValue& value : own->values) names.push_back(value.name);
+        for (const std::string& name : names) file.DeleteValue(base, name, now);
+        RegFileKey& line = file.AddKey(base, now);
+        line.className.reset();
+        line.isLink = false;
+    }
+    for (const RegFileKey* line : saved.Keys()) {
+        const std::size_t slash = line->path.find('\\');
+        const std::string path =
+            slash == std::string::npos ? base : base + line->path.substr(slash);
+        const std::uint64_t time = line->modified ? line->modified : now;
+        RegFileKey& made = file.AddKey(path, time);
+        made.className = line->className;
+        made.isLink = line->isLink;
+        for (const RegFileValue& value : line->values) file.SetValue(path, value, time);
+    }
+    return hive.Commit() ? regerror::Success : kRegistryIoFailed;
+}
+
+bool WineKeyStore::IsWow64Process() const {
+    BeginCall();
+    return Win64();
+}
+
+bool WineKeyStore::OpenProcessToken(DWORD /*desiredAccess*/, std::uintptr_t* token) {
+    if (token) *token = 1;
+    return token != nullptr;
+}
+
+bool WineKeyStore::LookupPrivilegeValueA(std::string_view name, std::uint64_t* luid) {
+    // Windows' numbers for the privileges that saving and restoring keys ask for.
+    static constexpr std::pair<std::string_view, std::uint64_t> kKnown[] = {
+        {"SeBackupPrivilege", 17}, {"SeRestorePrivilege", 18}, {"SeShutdownPrivilege", 19}};
+    for (const auto& [known, number] : kKnown) {
+        if (!SameName(name, known)) continue;
+        if (luid) *luid = number;
+        return luid != nullptr;
+    }
+    return false;
+}
+
+bool WineKeyStore::AdjustTokenPrivileges(std::uintptr_t /*token*/, std::uint64_t /*luid*/,
+                                         DWORD /*attributes*/) {
+    return true;
+}
+
+std::string WineKeyStore::WhyNotWritable() const {
+    std::error_code error;
+    if (!fs::is_directory(prefix_, error))
+        return "There is no Wine prefix at " + prefix_.string() +
+               ", so its registry cannot be changed.";
+    if (std::string running = WineServerRunningReason(prefix_); !running.empty()) return running;
+    BeginCall();
+    for (int index : {kMachine, kUser})
+        if (!Hive(index).valid()) return CannotSave(Hive(index));
+    return {};
+}
+
+}  // namespace optera::platform

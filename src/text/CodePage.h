@@ -1,0 +1,27 @@
+#pragma once
+// Conversions between the program's 8-bit text (the Windows-1252 code page), UTF-16 (what
+// Windows keeps in the registry and XML parsers hold) and UTF-8 (what Linux names files in).
+
+#include <string>
+#include <string_view>
+
+namespace optera::text {
+
+// Windows-1252 bytes to UTF-16, one unit per byte.
+std::u16string Utf16FromCodePage(std::string_view bytes);
+// UTF-16 to Windows-1252, one byte per unit; units the code page lacks become '?'.
+std::string CodePageFromUtf16(std::u16string_view text);
+
+// UTF-8 to UTF-16 and back. Surrogates without their pair travel as three-byte sequences, so
+// that any UTF-16 name comes back as it went; bytes that are not UTF-8 become U+FFFD.
+std::u16string Utf16FromUtf8(std::string_view text);
+std::string Utf8FromUtf16(std::u16string_view text);
+
+inline std::string Utf8FromCodePage(std::string_view bytes) {
+    return Utf8FromUtf16(Utf16FromCodePage(bytes));
+}
+inline std::string CodePageFromUtf8(std::string_view text) {
+    return CodePageFromUtf16(Utf16FromUtf8(text));
+}
+
+}  // namespace optera::text

@@ -1,0 +1,134 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <functional>
+
+#include "HivePrefix.h"
+#include "platform/wine/WineKeyStore.h"
+#include "platform/wine/WineServerLock.h"
+
+using namespace optera::platform;
+using namespace optera::testing;
+namespace fs = std::filesystem;
+
+namespace {
+
+// In a child process (locks never stop their own process), does what a starting wineserver
+// does in its folder: takes the lock and reports '1', or reports '0' when it is held. With
+// `stay` the child then keeps the lock until it is killed.
+pid_t StartServer(const fs::path& folder, bool stay, bool* locked) {
+    ::mkdir(folder.parent_path().c_str(), 0700);
+    ::mkdir(folder.c_str(), 0700);
+    int report[2];
+    if (::pipe(report) != 0) return -1;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        struct flock range {};
+        range.l_type = F_WRLCK;
+        range.l_len = 1;
+        const int fd = ::open((folder / "lock").c_str(), O_CREAT | O_RDWR, 0600);
+        const char got = fd >= 0 && ::fcntl(fd, F_SETLK, &range) == 0 ? '1' : '0';
+        if (::write(report[1], &got, 1) == 1 && stay) ::pause();
+        ::_exit(0);
+    }
+    ::close(report[1]);
+    char got = '0';
+    *locked = ::read(report[0], &got, 1) == 1 && got == '1';
+    ::close(report[0]);
+    return child;
+}
+
+bool ServerCouldStart(const fs::path& folder) {
+    bool locked = false;
+    ::waitpid(StartServer(folder, false, &locked), nullptr, 0);
+    return locked;
+}
+
+// A live wineserver as far as its lock goes, until the object goes.
+struct FakeServer {
+    explicit FakeServer(const fs::path& folder) : pid(StartServer(folder, true, &held)) {}
+    ~FakeServer() {
+        ::kill(pid, SIGKILL);
+        ::waitpid(pid, nullptr, 0);
+    }
+    bool held = false;
+    pid_t pid;
+};
+
+class WineServerLockTest : public WinePrefixTest {
+  protected:
+    WineServerLockTest() {
+        temp.Write("system.reg", HiveText("win64", "[Software\\\\Game] 1700000000\n\"v\"=\"1\"\n"));
+        temp.Write("user.reg", HiveText("win64", "[Software\\\\Game] 1700000000\n\"v\"=\"1\"\n",
+                                        "\\\\User\\\\S-1-5-21-0-0-0-1000"));
+        // Debian's Wine keeps its server under the folder the prefix's file names.
+        temp.Write("wineserver", "wine-optera-test-" + prefix().filename().string() + "\n");
+    }
+    ~WineServerLockTest() override {
+        std::error_code ignored;
+        for (const fs::path& folder : WineServerFolders(prefix())) fs::remove_all(folder, ignored);
+        fs::remove(WineServerFolders(prefix()).at(1).parent_path(), ignored);
+    }
+};
+
+TEST_F(WineServerLockTest, LiveServerRefusesEveryChangeButNoRead) {
+    WineKeyStore store(prefix());
+    HKEY game = 0;
+    ASSERT_EQ(store.RegOpenKeyExA(hkey::CurrentUser, "Software\\Game", 0, 0xF003F, &game), 0);
+    ASSERT_EQ(store.RegSaveKeyA(game, OnZ(prefix() / "game.hiv")), 0);
+    const std::string system = temp.Read("system.reg"), user = temp.Read("user.reg");
+    const std::uint8_t data[] = {'2', 0};
+    const std::pair<const char*, std::function<LONG()>> writes[] = {
+        {"set", [&] { return store.RegSetValueExA(game, "v", regtype::Sz, data, 2); }},
+        {"create", [&] { return Write(store, hkey::LocalMachine, "Software\\New", "", 1, ""); }},
+        {"delete value", [&] { return store.RegDeleteValueA(game, "v"); }},
+        {"restore", [&] { return store.RegRestoreKeyA(game, OnZ(prefix() / "game.hiv"), 0); }},
+        {"delete key", [&] { return store.RegDeleteKeyA(hkey::CurrentUser, "Software\\Game"); }},
+    };
+    for (const fs::path& folder : WineServerFolders(prefix())) {
+        FakeServer server(folder);
+        ASSERT_TRUE(server.held);
+        const std::string why = store.WhyNotWritable();
+        EXPECT_NE(why.find("wineserver process " + std::to_string(server.pid)), std::string::npos)
+            << why;
+        EXPECT_NE(why.find("WINEPREFIX=" + prefix().string()), std::string::npos) << why;
+        for (const auto& [name, write] : writes) {
+            EXPECT_EQ(write(), 5) << name;
+            EXPECT_EQ(store.lastRefusal(), why) << name;
+        }
+        EXPECT_EQ(temp.Read("system.reg"), system);
+        EXPECT_EQ(temp.Read("user.reg"), user);
+        EXPECT_EQ(ReadText(store, hkey::CurrentUser, "Software\\Game", "v"), "1");
+    }
+    // The folders and lock files the servers left do not count.
+    EXPECT_EQ(store.WhyNotWritable(), "");
+    for (const auto& [name, write] : writes) EXPECT_EQ(write(), 0) << name;
+    store.RegCloseKey(game);
+}
+
+TEST_F(WineServerLockTest, HeldLockStopsAStartingServer) {
+    const std::vector<fs::path> folders = WineServerFolders(prefix());
+    ASSERT_EQ(folders.size(), 2u);
+    {
+        WineServerLock lock(prefix());
+        ASSERT_TRUE(lock.held()) << lock.failure();
+        // Looking for a server opens and closes the lock file: the lock must outlive that.
+        EXPECT_TRUE(FindWineServer(prefix()).running);
+        for (const fs::path& folder : folders) {
+            EXPECT_FALSE(ServerCouldStart(folder)) << folder;
+            struct stat st {};
+            ASSERT_EQ(::stat(folder.c_str(), &st), 0);
+            EXPECT_EQ(st.st_mode & 0777, 0700u);
+            ASSERT_EQ(::stat((folder / "lock").c_str(), &st), 0);
+            EXPECT_EQ(st.st_mode & 0777, 0600u);
+        }
+        EXPECT_FALSE(WineServerLock(prefix()).held());
+    }
+    for (const fs::path& folder : folders) EXPECT_TRUE(ServerCouldStart(folder)) << folder;
+}
+
+}  // namespace
