@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "platform/wine/RegFile.h"
+#include "text/CodePage.h"
 
 namespace optera::platform {
 namespace regtext {
@@ -82,17 +83,6 @@ bool IsXDigit(int c) {
 
 int HexValue(char c) {
     return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10;
-}
-
-void AppendHex(std::string& out, unsigned value, int minDigits) {
-    char digits[8];
-    int n = 0;
-    do {
-        digits[n++] = "0123456789abcdef"[value & 0xF];
-        value >>= 4;
-    } while (value != 0);
-    for (int i = n; i < minDigits; ++i) out += '0';
-    while (n > 0) out += digits[--n];
 }
 
 char16_t ControlEscape(char c) {
@@ -204,33 +194,19 @@ std::u16string ToUtf16(std::string_view utf8) {
 }
 
 void AppendUtf8(std::string& out, std::u16string_view utf16) {
-    std::size_t ascii = 0;
-    while (ascii < utf16.size() && utf16[ascii] < 0x80) ++ascii;
-    const std::size_t start = out.size();
-    out.resize(start + ascii);
-    for (std::size_t i = 0; i < ascii; ++i) out[start + i] = static_cast<char>(utf16[i]);
-    for (std::size_t i = ascii; i < utf16.size(); ++i) {
-        char32_t c = utf16[i];
-        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < utf16.size() && utf16[i + 1] >= 0xDC00 &&
-            utf16[i + 1] <= 0xDFFF) {
-            c = 0x10000 + ((c - 0xD800) << 10) + (utf16[++i] - 0xDC00);
-        }
-        if (c < 0x80) {
-            out += static_cast<char>(c);
-        } else if (c < 0x800) {
-            out += static_cast<char>(0xC0 | (c >> 6));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else if (c < 0x10000) {  // a lone surrogate too: Wine's reader takes it back
-            out += static_cast<char>(0xE0 | (c >> 12));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        } else {
-            out += static_cast<char>(0xF0 | (c >> 18));
-            out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (c & 0x3F));
-        }
-    }
+    // A lone surrogate travels as a three-byte sequence, which Wine's reader takes back.
+    out += text::Utf8FromUtf16(utf16);
+}
+
+void AppendHex(std::string& out, std::uint64_t value, int minDigits) {
+    char digits[16];
+    int n = 0;
+    do {
+        digits[n++] = "0123456789abcdef"[value & 0xF];
+        value >>= 4;
+    } while (value != 0);
+    for (int i = n; i < minDigits; ++i) out += '0';
+    while (n > 0) out += digits[--n];
 }
 
 std::string ToUtf8(std::u16string_view utf16) {

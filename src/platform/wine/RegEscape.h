@@ -3,6 +3,7 @@
 // folding Wine orders and matches names by, the way it reads UTF-8, and its escapes.
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,9 @@ std::size_t DecodeUtf8(std::string_view text, std::size_t pos, char32_t& codePoi
 std::u16string ToUtf16(std::string_view utf8);
 void AppendUtf8(std::string& out, std::u16string_view utf16);
 std::string ToUtf8(std::u16string_view utf16);
+
+// Lower-case hexadecimal digits of a number, with leading zeros up to minDigits.
+void AppendHex(std::string& out, std::uint64_t value, int minDigits);
 
 // Decodes escaped text from `pos` up to the first unescaped `end` character (to the end of
 // `text` when `end` is -1), appending the code units to `out` when it is not null. Returns the

@@ -31,17 +31,6 @@ std::size_t SkipSpace(std::string_view s, std::size_t p) {
     return p;
 }
 
-void AppendHex(std::string& out, std::uint64_t value, int minDigits) {
-    char digits[16];
-    int n = 0;
-    do {
-        digits[n++] = "0123456789abcdef"[value & 0xF];
-        value >>= 4;
-    } while (value != 0);
-    for (int i = n; i < minDigits; ++i) out += '0';
-    while (n > 0) out += digits[--n];
-}
-
 void AppendDecimal(std::string& out, std::uint32_t value) {
     char digits[10];
     int n = 0;
@@ -331,7 +320,7 @@ void AppendValue(std::string& out, const RegFileValue& value) {
     if (stringType && n >= 2 && n % 2 == 0 && data[n - 2] == 0 && data[n - 1] == 0) {
         if (value.type != kRegSz) {
             out += "str(";
-            AppendHex(out, value.type, 1);
+            regtext::AppendHex(out, value.type, 1);
             out += "):";
         }
         std::u16string units(n / 2 - 1, u'\0');
@@ -344,8 +333,8 @@ void AppendValue(std::string& out, const RegFileValue& value) {
     }
     if (value.type == kRegDword && n == 4) {
         out += "dword:";
-        AppendHex(out, data[0] | (data[1] << 8) | (data[2] << 16) | (std::uint32_t{data[3]} << 24),
-                  8);
+        regtext::AppendHex(
+            out, data[0] | (data[1] << 8) | (data[2] << 16) | (std::uint32_t{data[3]} << 24), 8);
         out += '\n';
         return;
     }
@@ -353,13 +342,13 @@ void AppendValue(std::string& out, const RegFileValue& value) {
         out += "hex:";
     } else {
         out += "hex(";
-        AppendHex(out, value.type, 1);
+        regtext::AppendHex(out, value.type, 1);
         out += "):";
     }
     // Wine's wrapping: after a comma, once the line is past 76 columns.
     std::size_t column = out.size() - lineStart;
     for (std::size_t i = 0; i < n; ++i) {
-        AppendHex(out, data[i], 2);
+        regtext::AppendHex(out, data[i], 2);
         column += 2;
         if (i + 1 < n) {
             out += ',';
@@ -804,8 +793,8 @@ void RegFile::AppendRegenerated(std::string& out, std::uint32_t id) const {
     AppendDecimal(out, static_cast<std::uint32_t>(static_cast<std::int64_t>(time - kUnixEpoch) /
                                                   static_cast<std::int64_t>(kTicksPerSecond)));
     out += "\n#time=";
-    AppendHex(out, time >> 32, 1);
-    AppendHex(out, time & 0xFFFFFFFF, 8);
+    regtext::AppendHex(out, time >> 32, 1);
+    regtext::AppendHex(out, time & 0xFFFFFFFF, 8);
     out += '\n';
     if (model.className) {
         out += "#class=\"";
