@@ -24,11 +24,7 @@ constexpr DWORD kPrivilegeEnabled = 2;
 
 RegResult cRegistry::GetBinaryValue(std::string_view sKey, std::string_view sKeyName,
                                     int Use64BitRegCall) {
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return {};
-    lReturnCode =
-        store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &lKeyHandle);
+    if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, lKeyHandle)) return {};
     if (lReturnCode != regerror::Success) {
         Report();
         return RegResult::Text("Error");
@@ -52,11 +48,7 @@ RegResult cRegistry::GetBinaryValue(std::string_view sKey, std::string_view sKey
 
 RegResult cRegistry::GetDWordValue(std::string_view sKey, std::string_view sKeyName,
                                    int Use64BitRegCall) {
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return {};
-    lReturnCode =
-        store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &lKeyHandle);
+    if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, lKeyHandle)) return {};
     if (lReturnCode != regerror::Success) {
         Report();
         return RegResult::Text("Error");
@@ -74,11 +66,7 @@ RegResult cRegistry::GetDWordValue(std::string_view sKey, std::string_view sKeyN
 }
 
 std::string cRegistry::GetRegistryValueType(std::string_view sKey, int Use64BitRegCall) {
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return {};
-    lReturnCode =
-        store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &lKeyHandle);
+    if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, lKeyHandle)) return {};
     if (lReturnCode != regerror::Success) {
         Report();
         return "Error";
@@ -174,11 +162,8 @@ RegResult cRegistry::DeleteKey(std::string_view Keyname, int Use64BitRegCall) {
 
 RegResult cRegistry::DeleteKeyValue(std::string_view sKeyName, std::string_view sValueName,
                                     int Use64BitRegCall) {
-    std::string path(sKeyName);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return RegResult::Bool(false);
-    lReturnCode =
-        store_.RegOpenKeyExA(lMainKeyHandle, path, 0, FullMask(Use64BitRegCall), &lKeyHandle);
+    if (!ParseAndOpen(sKeyName, &cRegistry::FullMask, Use64BitRegCall, lKeyHandle))
+        return RegResult::Bool(false);
     if (lReturnCode != regerror::Success) return RegResult::Bool(false);
     lReturnCode = store_.RegDeleteValueA(lKeyHandle, sValueName);
     bool deleted = lReturnCode == regerror::Success;
@@ -242,11 +227,7 @@ bool cRegistry::EnablePrivilege(std::string_view seName) {
 
 bool cRegistry::SaveKey(std::string_view sKey, std::string_view sFileName, int Use64BitRegCall) {
     if (!EnablePrivilege("SeBackupPrivilege")) return false;
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return false;
-    lReturnCode =
-        store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &lKeyHandle);
+    if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, lKeyHandle)) return false;
     if (lReturnCode != regerror::Success) return false;
     // The store writes only new files, and its contract has no way to remove an old one: a
     // file that exists makes the save fail.

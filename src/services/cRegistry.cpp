@@ -166,15 +166,21 @@ std::vector<std::string> cRegistry::EnumerateSubkeys(HKEY key) {
 
 // ---- Reading ----
 
+bool cRegistry::ParseAndOpen(std::string_view sKey, REGSAM (cRegistry::*mask)(int) const, int use64,
+                             HKEY& handle) {
+    std::string path(sKey);
+    ParseKey(path, lMainKeyHandle);
+    if (lMainKeyHandle == 0) return false;
+    // The mask is chosen after ParseKey, which refreshes bIs64Bit.
+    lReturnCode = store_.RegOpenKeyExA(lMainKeyHandle, path, 0, (this->*mask)(use64), &handle);
+    return true;
+}
+
 RegResult cRegistry::GetStringValue(std::string_view sKey, std::string_view sKeyName,
                                     int Use64BitRegCall) {
     sValueBuffer.clear();
     lValueLength = 0;
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return {};
-    lReturnCode =
-        store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &lKeyHandle);
+    if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, lKeyHandle)) return {};
     if (lReturnCode != regerror::Success) {
         Report();
         return RegResult::Text("Error");
@@ -201,11 +207,8 @@ RegResult cRegistry::GetStringValue(std::string_view sKey, std::string_view sKey
 }
 
 RegResult cRegistry::KeyExist(std::string_view sKey, int Use64BitRegCall) {
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return {};
     HKEY key = 0;
-    lReturnCode = store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &key);
+    if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, key)) return {};
     if (lReturnCode != regerror::Success) return RegResult::Bool(false);
     store_.RegCloseKey(key);
     return RegResult::Bool(true);
@@ -213,11 +216,7 @@ RegResult cRegistry::KeyExist(std::string_view sKey, int Use64BitRegCall) {
 
 RegResult cRegistry::KeyValueExist(std::string_view sKey, std::string_view sKeyName,
                                    int Use64BitRegCall) {
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return {};
-    lReturnCode =
-        store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &lKeyHandle);
+    if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, lKeyHandle)) return {};
     if (lReturnCode != regerror::Success) return {};
     DWORD type = 0;
     DWORD length = 0;
@@ -228,12 +227,9 @@ RegResult cRegistry::KeyValueExist(std::string_view sKey, std::string_view sKeyN
 
 std::string cRegistry::KeyExistRecursive(std::string_view sMainKey, std::string_view szSubKey,
                                          int Use64BitRegCall) {
-    std::string path(sMainKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return {};
     // A local handle: the search recurses, so the shared field would be overwritten.
     HKEY key = 0;
-    lReturnCode = store_.RegOpenKeyExA(lMainKeyHandle, path, 0, ReadMask(Use64BitRegCall), &key);
+    if (!ParseAndOpen(sMainKey, &cRegistry::ReadMask, Use64BitRegCall, key)) return {};
     if (lReturnCode != regerror::Success) return {};
     std::vector<std::string> names = EnumerateSubkeys(key);
     store_.RegCloseKey(key);
@@ -254,11 +250,8 @@ std::string cRegistry::KeyExistRecursive(std::string_view sMainKey, std::string_
 RegResult cRegistry::WriteValue(std::string_view sKey, std::string_view sKeyName, DWORD type,
                                 std::string_view bytes, int use64, bool emptyIsError) {
     RegResult result = RegResult::Bool(false);
-    std::string path(sKey);
-    ParseKey(path, lMainKeyHandle);
-    if (lMainKeyHandle == 0) return result;
     // Opened, never created: writing below a key that is not there is a failure.
-    lReturnCode = store_.RegOpenKeyExA(lMainKeyHandle, path, 0, WriteMask(use64), &lKeyHandle);
+    if (!ParseAndOpen(sKey, &cRegistry::WriteMask, use64, lKeyHandle)) return result;
     if (lReturnCode != regerror::Success) {
         Report();
         return result;

@@ -162,6 +162,11 @@ class cRegistry {
 
     // Splits a path into root handle and subkey path (see the file comment).
     void ParseKey(std::string& keyName, platform::HKEY& keyHandle);
+    // The first step of most operations: ParseKey on a copy of the path, then, if it named a
+    // root, the key opened into `handle` with the mask for the view asked for. False when the
+    // path names no root; otherwise lReturnCode holds the outcome of the open.
+    bool ParseAndOpen(std::string_view sKey, platform::REGSAM (cRegistry::*mask)(int) const,
+                      int use64, platform::HKEY& handle);
     platform::REGSAM ReadMask(int use64) const;
     platform::REGSAM WriteMask(int use64) const;
     platform::REGSAM FullMask(int use64) const;
