@@ -44,9 +44,9 @@ struct GameRecord {
 
 // The state the recipe code shares with the optimizer and the main window.
 struct RecipeState {
-    GameRecord CurrentGame;            // the game in hand; callers replace it whole
-    std::int16_t RegistryView = 0;     // non-zero: the 64-bit view of the registry
-    SelectedResolution Selected;       // what keywords are expanded for
+    GameRecord CurrentGame;         // the game in hand; callers replace it whole
+    std::int16_t RegistryView = 0;  // non-zero: the 64-bit view of the registry
+    SelectedResolution Selected;    // what keywords are expanded for
 };
 
 }  // namespace optera::recipes
