@@ -2,10 +2,10 @@
 
 #include <random>
 
-#include "platform/fake/FakeKeyStore.h"
-#include "platform/fake/FakeFileSystem.h"
-#include "platform/fake/ScriptedPrompts.h"
 #include "platform/WindowsPath.h"
+#include "platform/fake/FakeFileSystem.h"
+#include "platform/fake/FakeKeyStore.h"
+#include "platform/fake/ScriptedPrompts.h"
 #include "recipes/Location.h"
 #include "text/Wildcard.h"
 

@@ -34,8 +34,7 @@ class Reader : public ::testing::Test {
     GameRecord Read(std::string_view name) { return reader.ReadRecipe(name); }
 };
 
-const std::string kFoo =
-    "[GAMEINFO]\r\nGAMELOC=HKLM\\Foo\\Path\r\nUSERLOC=\r\nGAMEEXE=foo.exe\r\n";
+const std::string kFoo = "[GAMEINFO]\r\nGAMELOC=HKLM\\Foo\\Path\r\nUSERLOC=\r\nGAMEEXE=foo.exe\r\n";
 
 TEST_F(Reader, NamesWithOrWithoutTxtReadTheSameFile) {
     Recipe("Foo", kFoo);
@@ -109,11 +108,12 @@ TEST_F(Reader, UserLocWinsOverGameLocForConfigurationPaths) {
 }
 
 TEST_F(Reader, CfgLinesBecomeEntriesWithTheirExpandedSections) {
-    Recipe("Foo", kFoo +
-                      "[CFG]\r\nCFG.1=foo.cfg\r\nCFG.2=video.ini=lost\r\nCFG.3=\r\nCFG.4=gone.cfg\r\n"
-                      "[CFG.1]\r\n3=fov #RESDEPENDENT.1\r\n"
-                      "[CFG.2]\r\nDisplay,Width=#KELVANW\r\n"
-                      "[RESDEPENDENT.1]\r\n3840x1024=90\r\n");
+    Recipe("Foo",
+           kFoo +
+               "[CFG]\r\nCFG.1=foo.cfg\r\nCFG.2=video.ini=lost\r\nCFG.3=\r\nCFG.4=gone.cfg\r\n"
+               "[CFG.1]\r\n3=fov #RESDEPENDENT.1\r\n"
+               "[CFG.2]\r\nDisplay,Width=#KELVANW\r\n"
+               "[RESDEPENDENT.1]\r\n3840x1024=90\r\n");
     GameRecord record = Read("Foo");
     ASSERT_EQ(record.CfgFiles.size(), 3u) << "the empty CFG.3 adds nothing";
     EXPECT_EQ(record.CfgFiles[0].Path, "C:\\Games\\Foo\\foo.cfg");
@@ -121,7 +121,8 @@ TEST_F(Reader, CfgLinesBecomeEntriesWithTheirExpandedSections) {
     EXPECT_EQ(record.CfgFiles[0].Lines, Lines{"3=fov 90"});
     EXPECT_EQ(record.CfgFiles[1].Path, "C:\\Games\\Foo\\video.ini");
     EXPECT_EQ(record.CfgFiles[1].Lines, Lines{"Display,Width=3840"});
-    EXPECT_EQ(record.CfgFiles[2].Path, "C:\\Games\\Foo\\gone.cfg") << "a missing file keeps its path";
+    EXPECT_EQ(record.CfgFiles[2].Path, "C:\\Games\\Foo\\gone.cfg")
+        << "a missing file keeps its path";
     EXPECT_EQ(record.CfgFiles[2].Lines, Lines{""}) << "a missing section reads as one empty line";
 }
 
@@ -155,7 +156,8 @@ TEST_F(Reader, PatternsGiveOneMultipleEntryPerVisibleMatch) {
 TEST_F(Reader, PercentFormsAndFullPathsAreNotJoinedToTheGameFolder) {
     fake.environment.variables["GAMEDATA"] = "D:\\Data";
     fake.files.PutFile("D:\\Data\\Foo\\prefs.ini", "");
-    Recipe("Foo", kFoo + "[CFG]\r\nCFG.1=%GAMEDATA%\\Foo\\prefs.ini\r\nCFG.2=D:\\Data\\Foo\\x.ini\r\n");
+    Recipe("Foo",
+           kFoo + "[CFG]\r\nCFG.1=%GAMEDATA%\\Foo\\prefs.ini\r\nCFG.2=D:\\Data\\Foo\\x.ini\r\n");
     GameRecord record = Read("Foo");
     ASSERT_EQ(record.CfgFiles.size(), 2u);
     EXPECT_EQ(record.CfgFiles[0].Path, "D:\\Data\\Foo\\prefs.ini");

@@ -186,10 +186,12 @@ void WineEnvironment::SetSessionVariables() {
     Set("LOCALAPPDATA", JoinPath(profileFolder, "AppData\\Local"));
 }
 
-// A 64-bit prefix has a second set of program folders for 32-bit programs.
+// A 64-bit prefix has a second set of program folders for 32-bit programs. Optera answers
+// registry questions as a 32-bit program does on such a system (its recipes were written for
+// one), so it sees the 32-bit folders as %ProgramFiles%, the 64-bit ones as %ProgramW6432%.
 void WineEnvironment::SetProgramFolders() {
-    Set("ProgramFiles", profile_.programFiles);
-    Set("CommonProgramFiles", profile_.commonFiles);
+    Set("ProgramFiles", profile_.win64 ? profile_.programFilesX86 : profile_.programFiles);
+    Set("CommonProgramFiles", profile_.win64 ? profile_.commonFilesX86 : profile_.commonFiles);
     if (!profile_.win64) return;
     Set("ProgramFiles(x86)", profile_.programFilesX86);
     Set("CommonProgramFiles(x86)", profile_.commonFilesX86);

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "WinePrefix.h"
+#include "support/WinePrefix.h"
 #include "platform/KeyStore.h"
 
 namespace optera::testing {

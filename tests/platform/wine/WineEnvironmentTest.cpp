@@ -1,9 +1,9 @@
 #include <filesystem>
 
-#include "WinePrefix.h"
 #include "platform/wine/WineEnvironment.h"
 #include "platform/wine/WineMachine.h"
 #include "platform/wine/WineSpecialFolders.h"
+#include "support/WinePrefix.h"
 
 using namespace optera::platform;
 namespace fs = std::filesystem;
@@ -26,9 +26,12 @@ TEST_F(WineEnvironmentTest, GivesWinesValuesForThePrefixUser) {
         {"LOCALAPPDATA", "C:\\users\\alice\\AppData\\Local"},
         {"TEMP", "C:\\users\\alice\\AppData\\Local\\Temp"},
         {"TMP", "C:\\users\\alice\\AppData\\Local\\Temp"},
-        {"ProgramFiles", "C:\\Program Files"},
+        // Optera sees the folders as a 32-bit program on a 64-bit system sees them.
+        {"ProgramFiles", "C:\\Program Files (x86)"},
         {"ProgramFiles(x86)", "C:\\Program Files (x86)"},
-        {"CommonProgramFiles", "C:\\Program Files\\Common Files"},
+        {"ProgramW6432", "C:\\Program Files"},
+        {"CommonProgramFiles", "C:\\Program Files (x86)\\Common Files"},
+        {"CommonProgramW6432", "C:\\Program Files\\Common Files"},
         {"ProgramData", "C:\\ProgramData"},
         {"ALLUSERSPROFILE", "C:\\ProgramData"},
         {"PUBLIC", "C:\\users\\Public"},
@@ -115,7 +118,8 @@ TEST_F(WineEnvironmentTest, SpecialFoldersFollowThePrefixUser) {
         {csidl::Cookies, "C:\\users\\alice\\AppData\\Local\\Microsoft\\Windows\\INetCookies"},
         {csidl::Fonts, "C:\\windows\\Fonts"},
         {csidl::System, "C:\\windows\\system32"},
-        {csidl::ProgramFilesCommon, "C:\\Program Files\\Common Files"},
+        {csidl::ProgramFiles, "C:\\Program Files (x86)"},
+        {csidl::ProgramFilesCommon, "C:\\Program Files (x86)\\Common Files"},
         {csidl::CommonAppData, "C:\\ProgramData"},
         {csidl::CommonPrograms, "C:\\ProgramData\\Microsoft\\Windows\\Start Menu\\Programs"},
         {csidl::CommonDesktopDirectory, "C:\\users\\Public\\Desktop"},

@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <set>
 
-#include "WinePrefix.h"
 #include "platform/wine/WineFileSystem.h"
+#include "support/WinePrefix.h"
 
 using namespace optera::platform;
 namespace fs = std::filesystem;

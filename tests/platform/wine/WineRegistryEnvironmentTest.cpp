@@ -47,8 +47,9 @@ TEST_F(WineRegistryEnvironmentTest, VariablesComeFromTheEnvironmentKeys) {
     const std::pair<const char*, const char*> rows[] = {
         {"USERPROFILE", "C:\\Profiles\\alice"},
         {"APPDATA", "C:\\Profiles\\alice\\AppData\\Roaming"},
-        {"ProgramFiles", "D:\\Apps"},                   // the 64-bit view's folder
-        {"CommonProgramFiles", "C:\\Shared"},           // expanded
+        {"ProgramW6432", "D:\\Apps"},                   // the 64-bit view's folder
+        {"CommonProgramW6432", "C:\\Shared"},           // expanded
+        {"ProgramFiles", "C:\\Program Files (x86)"},    // a 32-bit program's
         {"PATH", "C:\\windows\\system32;C:\\windows"},  // the registry's, not the host's
         {"MYVAR", "plain\\x"},                          // plain strings are set first
         {"TEMP", "C:\\Profiles\\alice\\Temp"},          // the user's key wins
