@@ -1,0 +1,35 @@
+#pragma once
+// A game's class, worked out afresh from its record and the disk: not detected, configuration
+// file missing, not optimized, optimized, or native support. The mark of an optimized game is
+// the original copy of a configuration file beside it; nothing else is stored.
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "platform/FileSystem.h"
+#include "recipes/GameRecord.h"
+
+namespace optera::discovery {
+
+// The words ListClass gives, one per class.
+inline constexpr std::string_view kGreen = "GREEN";  // optimized
+inline constexpr std::string_view kRed = "RED";      // configuration file missing
+inline constexpr std::string_view kBlack = "BLACK";  // not optimized
+inline constexpr std::string_view kGrey = "GREY";    // not detected
+inline constexpr std::string_view kBlue = "BLUE";    // native support
+
+// The original copy of a configuration file: its path less the last three characters, then
+// "original", blanks trimmed ("C:\Game\game.cfg" -> "C:\Game\game.original"). A path too short
+// to hold a file name in a folder has no copy: "".
+std::string BackupPathOf(std::string_view path);
+
+// True for a path that no file can have: characters Windows refuses in names (wildcards, <>|",
+// control characters) or a colon anywhere but after the drive letter.
+bool IsBadFileName(std::string_view path);
+
+// The class word of a game, which decides whether it stands in the list of detected games.
+// Entries of a pattern play no part; "" when no entry was tested.
+std::string ListClass(const platform::FileSystem& files, const recipes::GameRecord& game);
+
+}  // namespace optera::discovery
