@@ -1,8 +1,11 @@
 #include "cli/Commands.h"
 
+#include "cli/RecordJson.h"
+
 #include <ostream>
 
 #include "discovery/paths/PathExpansion.h"
+#include "platform/WindowsPath.h"
 #include "text/NoCase.h"
 #include "text/Number.h"
 #include "text/Split.h"
@@ -87,6 +90,34 @@ int ExpandRecipe(Session& session, std::string_view game, std::string_view resol
         for (const std::string& line : expander.ExpandLines(*lines, *recipe))
             if (!line.empty()) out << line << '\n';
     }
+    return 0;
+}
+
+int ShowGame(Session& session, std::string_view game, std::string_view resolution, bool json,
+             std::ostream& out, std::ostream& err) {
+    auto recipe = FindRecipe(session, game);
+    if (!recipe) {
+        err << "optera-cli: there is no recipe for \"" << game << "\" in "
+            << session.HostPathOf(session.modsFolder()) << '\n';
+        return 2;
+    }
+    std::string applied = session.profile().GetIniStringValue(*recipe, "GAMERES", "RES");
+    std::string_view wanted = resolution.empty() ? std::string_view(applied) : resolution;
+    auto selected = ParseResolution(wanted);
+    if (!selected && !resolution.empty()) {
+        err << "optera-cli: \"" << resolution << "\" is no resolution; write it as 3840x1024\n";
+        return 2;
+    }
+    session.recipeState().Selected = selected.value_or(recipes::SelectedResolution{});
+    std::string name(platform::NameOf(*recipe));
+    recipes::GameRecord record = session.reader().ReadRecipe(name);
+    nlohmann::ordered_json fields = RecordJson(record);
+    if (json) {
+        out << fields.dump(2) << '\n';
+        return 0;
+    }
+    for (const auto& [key, value] : fields.items())
+        out << key << ": " << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
     return 0;
 }
 

@@ -28,6 +28,11 @@ int ListRecipes(Session& session, std::ostream& out);
 int ExpandRecipe(Session& session, std::string_view game, std::string_view resolution,
                  const std::vector<std::string>& sections, std::ostream& out, std::ostream& err);
 
+// show GAME [--resolution WxH] [--json]: the game's record for this machine and resolution
+// (by default the one the recipe last applied), as "Field: value" lines or as JSON.
+int ShowGame(Session& session, std::string_view game, std::string_view resolution, bool json,
+             std::ostream& out, std::ostream& err);
+
 // path TEXT: the text with its %name% forms expanded on this machine, and where that is on
 // the host.
 int ExpandPath(Session& session, std::string_view text, std::ostream& out);

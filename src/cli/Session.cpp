@@ -1,6 +1,7 @@
 #include "cli/Session.h"
 
 #include <cstdlib>
+#include <iostream>
 #include <system_error>
 
 namespace optera::cli {
@@ -26,7 +27,12 @@ std::filesystem::path ResolveHome(const SessionOptions& options) {
 }
 
 Session::Session(const std::filesystem::path& prefix, std::string programFolder)
-    : wine_(prefix), profile_(wine_.files()), programFolder_(std::move(programFolder)) {}
+    : wine_(prefix),
+      profile_(wine_.files()),
+      programFolder_(std::move(programFolder)),
+      prompts_(std::cerr),
+      registry_(wine_.registry(), prompts_),
+      reader_({wine_.machine(), profile_, registry_, programFolder_}, recipeState_) {}
 
 std::unique_ptr<Session> Session::Open(const SessionOptions& options, std::string& error) {
     std::error_code ec;
@@ -37,16 +43,16 @@ std::unique_ptr<Session> Session::Open(const SessionOptions& options, std::strin
     }
     std::filesystem::path prefix =
         options.prefix.empty() ? platform::WineMachine::DefaultPrefix() : options.prefix;
-    auto session = std::unique_ptr<Session>(new Session(std::filesystem::absolute(prefix, ec), ""));
-    auto folder = session->wine_.files().ToWindowsPath(std::filesystem::canonical(home, ec));
+    prefix = std::filesystem::absolute(prefix, ec);
+    auto folder =
+        platform::WineFileSystem(prefix).ToWindowsPath(std::filesystem::canonical(home, ec));
     if (!folder) {
         error = "the program folder " + home.string() + " is on no drive of the prefix";
         return nullptr;
     }
-    session->programFolder_ = *folder;
-    while (session->programFolder_.size() > 3 && session->programFolder_.back() == '\\')
-        session->programFolder_.pop_back();
-    return session;
+    std::string programFolder = *folder;
+    while (programFolder.size() > 3 && programFolder.back() == '\\') programFolder.pop_back();
+    return std::unique_ptr<Session>(new Session(prefix, std::move(programFolder)));
 }
 
 std::string Session::HostPathOf(const std::string& windowsPath) {

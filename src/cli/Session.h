@@ -7,8 +7,11 @@
 #include <optional>
 #include <string>
 
+#include "cli/ConsolePrompts.h"
 #include "platform/wine/WineMachine.h"
+#include "recipes/RecipeReader.h"
 #include "services/cPrivateProfile.h"
+#include "services/cRegistry.h"
 
 namespace optera::cli {
 
@@ -25,6 +28,9 @@ class Session {
 
     platform::Machine machine() { return wine_.machine(); }
     services::cPrivateProfile& profile() { return profile_; }
+    services::cRegistry& registry() { return registry_; }
+    recipes::RecipeState& recipeState() { return recipeState_; }
+    recipes::RecipeReader& reader() { return reader_; }
     // The program folder as the machine names it, without a trailing backslash.
     const std::string& programFolder() const { return programFolder_; }
     std::string modsFolder() const { return programFolder_ + "\\MODS"; }
@@ -37,6 +43,10 @@ class Session {
     platform::WineMachine wine_;
     services::cPrivateProfile profile_;
     std::string programFolder_;
+    ConsolePrompts prompts_;
+    services::cRegistry registry_;
+    recipes::RecipeState recipeState_;
+    recipes::RecipeReader reader_;
 };
 
 // The program folder: the one given, else $OPTERA_HOME, else the executable's folder when it

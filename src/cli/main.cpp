@@ -34,6 +34,12 @@ int main(int argc, char** argv) {
     expand->add_option("--resolution", resolution, "Resolution as WIDTHxHEIGHT")->required();
     expand->add_option("SECTION", sections, "Sections to show (default: all with keywords)");
 
+    bool json = false;
+    auto* show = app.add_subcommand("show", "Show a game's record on this machine");
+    show->add_option("GAME", game, "Recipe name")->required();
+    show->add_option("--resolution", resolution, "Resolution as WIDTHxHEIGHT (default: RES)");
+    show->add_flag("--json", json, "Write the record as JSON");
+
     auto* path = app.add_subcommand("path", "Expand %name% forms on this machine");
     path->add_option("TEXT", text, "Text with %name% forms")->required();
 
@@ -47,6 +53,7 @@ int main(int argc, char** argv) {
     }
     if (*recipes) return ListRecipes(*session, std::cout);
     if (*expand) return ExpandRecipe(*session, game, resolution, sections, std::cout, std::cerr);
+    if (*show) return ShowGame(*session, game, resolution, json, std::cout, std::cerr);
     if (*path) return ExpandPath(*session, text, std::cout);
     return 2;
 }

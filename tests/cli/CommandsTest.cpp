@@ -5,6 +5,8 @@
 #include "cli/Commands.h"
 #include "support/TempFolder.h"
 
+#include <nlohmann/json.hpp>
+
 using namespace optera;
 
 namespace {
@@ -88,4 +90,26 @@ TEST_F(CliCommands, ExpandsPathsOnThePrefix) {
     std::string shown = out.str();
     EXPECT_TRUE(shown.starts_with("C:\\users\\alice\\Documents\n")) << shown;
     EXPECT_NE(shown.find("prefix/drive_c/users/alice/Documents"), std::string::npos) << shown;
+}
+
+TEST_F(CliCommands, ShowsAGamesRecordAsJson) {
+    root.Write("prefix/drive_c/Games/Racer/bin/RACER.EXE", "MZ");
+    root.Write("prefix/drive_c/Games/Racer/bin/video.ini", "");
+    root.Write("home/MODS/Sample Racer.txt",
+               "[GAMEINFO]\r\nGAMELOC=\r\nUSERLOC=C:\\Games\\Racer\\bin\\racer.exe\r\n"
+               "GAMEEXE=racer.exe\r\nSHORTCUTPARAMETERS=-w #KELVANW\r\n"
+               "[GAMERES]\r\nRES=1920x1080\r\n[CFG]\r\nCFG.1=video.ini\r\n");
+    ASSERT_EQ(cli::ShowGame(*session, "sample racer", "", true, out, err), 0) << err.str();
+    auto record = nlohmann::json::parse(out.str());
+    EXPECT_EQ(record["Name"], "Sample Racer");
+    EXPECT_EQ(record["ShortcutParameters"], "-w 1920") << "the resolution the recipe last applied";
+    EXPECT_EQ(record["GameLoc"], "C:\\Games\\Racer\\bin");
+    EXPECT_EQ(record["CfgFiles"][0]["Path"], "C:\\Games\\Racer\\bin\\video.ini");
+    EXPECT_EQ(record["CfgFiles"][0]["Kind"], "SINGLE");
+
+    out.str("");
+    ASSERT_EQ(cli::ShowGame(*session, "Sample Racer", "3840x1024", false, out, err), 0);
+    EXPECT_NE(out.str().find("ShortcutParameters: -w 3840\n"), std::string::npos);
+    EXPECT_EQ(cli::ShowGame(*session, "Sample Racer", "wide", false, out, err), 2);
+    EXPECT_EQ(cli::ShowGame(*session, "No Such Game", "", false, out, err), 2);
 }
