@@ -1,0 +1,128 @@
+#include "forms/Control.h"
+
+#include "forms/Form.h"
+#include "forms/KindProperties.h"
+
+namespace optera::forms {
+
+Control::Control(std::string kind, std::string name, std::optional<int> index)
+    : kind_(std::move(kind)), name_(std::move(name)), index_(index) {
+    for (auto& [property, initial] : PropertiesOfKind(kind_))
+        properties_.emplace(property, initial);
+}
+
+bool Control::Has(std::string_view property) const {
+    return properties_.count(CanonicalProperty(property)) != 0;
+}
+
+std::optional<PropertyValue> Control::Get(std::string_view property) const {
+    auto it = properties_.find(CanonicalProperty(property));
+    if (it == properties_.end()) return std::nullopt;
+    return it->second;
+}
+
+bool Control::Set(std::string_view property, const PropertyValue& value) {
+    auto it = properties_.find(CanonicalProperty(property));
+    if (it == properties_.end()) return false;
+    std::optional<PropertyValue> converted = ConvertLike(value, it->second);
+    if (!converted) return false;
+    if (*converted == it->second) return true;
+    it->second = std::move(*converted);
+    Changed(it->first);
+    if (text::EqualsNoCase(it->first, "Text")) Raise("Change");
+    if (text::EqualsNoCase(it->first, "Value") && text::EqualsNoCase(kind_, "CheckBox"))
+        Raise("Click");
+    return true;
+}
+
+void Control::Changed(std::string_view property) {
+    if (owner_) owner_->NotifyChanged(*this, property);
+}
+
+bool Control::GetBool(std::string_view property) const {
+    auto value = Get(property);
+    auto b = value ? std::get_if<bool>(&*value) : nullptr;
+    return b && *b;
+}
+
+std::int32_t Control::GetInt(std::string_view property) const {
+    auto value = Get(property);
+    auto i = value ? std::get_if<std::int32_t>(&*value) : nullptr;
+    return i ? *i : 0;
+}
+
+double Control::GetNumber(std::string_view property) const {
+    auto value = Get(property);
+    auto d = value ? std::get_if<double>(&*value) : nullptr;
+    return d ? *d : 0.0;
+}
+
+std::string Control::GetText(std::string_view property) const {
+    auto value = Get(property);
+    auto s = value ? std::get_if<std::string>(&*value) : nullptr;
+    return s ? *s : std::string();
+}
+
+void Control::On(std::string_view event, Handler handler) {
+    handlers_[std::string(event)].push_back(std::move(handler));
+}
+
+void Control::Raise(std::string_view event, EventArgs args) {
+    auto it = handlers_.find(event);
+    if (it == handlers_.end()) return;
+    // A handler may add handlers; run the ones there were when the event came.
+    std::vector<Handler> handlers = it->second;
+    for (Handler& handler : handlers) handler(*this, args);
+}
+
+ListItem& Control::AddItem(std::string_view textIn) {
+    ListItem& item = items_.emplace_back();
+    item.Text = std::string(textIn);
+    item.Index = static_cast<int>(items_.size());
+    Changed("Items");
+    return item;
+}
+
+void Control::ClearItems() {
+    items_.clear();
+    Changed("Items");
+}
+
+ListItem* Control::Item(int index) {
+    if (index < 1 || index > ItemCount()) return nullptr;
+    return &items_[static_cast<std::size_t>(index - 1)];
+}
+
+const ListItem* Control::Item(int index) const {
+    if (index < 1 || index > ItemCount()) return nullptr;
+    return &items_[static_cast<std::size_t>(index - 1)];
+}
+
+ListItem* Control::SelectedItem() {
+    for (ListItem& item : items_)
+        if (item.Selected) return &item;
+    return nullptr;
+}
+
+void Control::Select(int index) {
+    for (ListItem& item : items_) item.Selected = item.Index == index;
+    Changed("Items");
+}
+
+void Control::UserChecks(int index) {
+    ListItem* item = Item(index);
+    if (!item) return;
+    item->Checked = !item->Checked;
+    Changed("Items");
+    EventArgs args;
+    args.item = item;
+    Raise("ItemCheck", args);
+}
+
+void Control::Tick() {
+    auto interval = Get("Interval");
+    if (!interval || !Enabled() || std::get<std::int32_t>(*interval) <= 0) return;
+    Raise("Timer");
+}
+
+}  // namespace optera::forms

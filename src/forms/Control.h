@@ -1,0 +1,124 @@
+#pragma once
+// A control of a form: a kind ("Label", "Image", "ListView", ...), a name, its place in a
+// control array if it has one, and the properties its kind has, reached by name without regard
+// to case. A property the kind does not have is a failure the caller sees (nullopt, false).
+//
+// Properties by kind (every kind but Timer also has Left, Top, Width, Height in twips, Visible,
+// Enabled, Tag, ToolTipText, DragMode, MousePointer, MouseIcon):
+//   Label          Caption ForeColor BackColor BackStyle Alignment + font
+//   Image          Picture Stretch
+//   CommandButton  Caption BackColor Picture DownPicture Style + font
+//   TextBox        Text ForeColor BackColor Locked MultiLine + font
+//   CheckBox       Caption Value ForeColor BackColor + font
+//   ListView       ForeColor BackColor Checkboxes View + font, items, column headers
+//   ListBox        ForeColor BackColor ListIndex + font, items
+//   ComboBox       Text ForeColor BackColor ListIndex + font, items
+//   Timer          Interval Enabled Tag
+//   Form           Caption ForeColor BackColor Picture + font (a Form is a Control)
+// The font is Font (its name), FontSize, FontBold, FontItalic; "Font.Name", "Font.Size",
+// "Font.Bold", "Font.Italic" and "FontName" name the same properties.
+//
+// Writing Text of a text box or combo box raises Change, writing Value of a check box raises
+// Click, each when the value changes.
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "forms/Events.h"
+#include "forms/ListItems.h"
+#include "forms/PropertyValue.h"
+#include "text/NoCase.h"
+
+namespace optera::forms {
+
+class Form;
+
+class Control {
+  public:
+    Control(std::string kind, std::string name, std::optional<int> index = std::nullopt);
+    Control(const Control&) = delete;
+    Control& operator=(const Control&) = delete;
+    virtual ~Control() = default;
+
+    const std::string& Kind() const { return kind_; }
+    const std::string& Name() const { return name_; }
+    // The place in a control array; nullopt for a control that is not in one.
+    std::optional<int> Index() const { return index_; }
+    Form* Owner() const { return owner_; }
+
+    bool Has(std::string_view property) const;
+    std::optional<PropertyValue> Get(std::string_view property) const;
+    // False when the kind has no such property or the value cannot be converted to its type.
+    bool Set(std::string_view property, const PropertyValue& value);
+
+    // Typed access to the common properties; a kind without the property reads as the zero
+    // value and ignores the write.
+    bool Visible() const { return GetBool("Visible"); }
+    void SetVisible(bool value) { Set("Visible", value); }
+    bool Enabled() const { return GetBool("Enabled"); }
+    void SetEnabled(bool value) { Set("Enabled", value); }
+    Colour ForeColor() const { return static_cast<Colour>(GetInt("ForeColor")); }
+    void SetForeColor(Colour value) { Set("ForeColor", static_cast<std::int32_t>(value)); }
+    Colour BackColor() const { return static_cast<Colour>(GetInt("BackColor")); }
+    void SetBackColor(Colour value) { Set("BackColor", static_cast<std::int32_t>(value)); }
+    std::string Caption() const { return GetText("Caption"); }
+    void SetCaption(std::string_view value) { Set("Caption", std::string(value)); }
+    std::string Text() const { return GetText("Text"); }
+    void SetText(std::string_view value) { Set("Text", std::string(value)); }
+    double Left() const { return GetNumber("Left"); }
+    double Top() const { return GetNumber("Top"); }
+    double Width() const { return GetNumber("Width"); }
+    double Height() const { return GetNumber("Height"); }
+
+    // Events.
+    void On(std::string_view event, Handler handler);
+    void Raise(std::string_view event, EventArgs args = {});
+
+    // Lines of a list view, list box or combo box; other kinds have none.
+    ListItem& AddItem(std::string_view text);
+    void ClearItems();
+    int ItemCount() const { return static_cast<int>(items_.size()); }
+    // The line at a one-based place; nullptr when there is none.
+    ListItem* Item(int index);
+    const ListItem* Item(int index) const;
+    // The selected line (a list selects one at a time); nullptr when none is.
+    ListItem* SelectedItem();
+    // Selects one line, or none with 0.
+    void Select(int index);
+    // The user clicks a line's check box: the mark flips and ItemCheck runs with the new state.
+    void UserChecks(int index);
+    std::vector<ListItem>& Items() { return items_; }
+
+    // Column headers of a list view.
+    void ClearColumnHeaders() { columns_.clear(); }
+    void AddColumnHeader(std::string_view caption) { columns_.emplace_back(caption); }
+    const std::vector<std::string>& ColumnHeaders() const { return columns_; }
+
+    // A timer's tick: raises Timer while the timer is enabled with an interval.
+    void Tick();
+
+  protected:
+    friend class Form;
+    void SetOwner(Form* owner) { owner_ = owner; }
+
+  private:
+    bool GetBool(std::string_view property) const;
+    std::int32_t GetInt(std::string_view property) const;
+    double GetNumber(std::string_view property) const;
+    std::string GetText(std::string_view property) const;
+    void Changed(std::string_view property);
+
+    std::string kind_;
+    std::string name_;
+    std::optional<int> index_;
+    Form* owner_ = nullptr;
+    std::map<std::string, PropertyValue, text::LessNoCase> properties_;
+    std::map<std::string, std::vector<Handler>, text::LessNoCase> handlers_;
+    std::vector<ListItem> items_;
+    std::vector<std::string> columns_;
+};
+
+}  // namespace optera::forms
