@@ -39,4 +39,142 @@ std::string ListClass(const platform::FileSystem& files, const recipes::GameReco
     return word;
 }
 
+namespace {
+
+using mainwindow::MainWindow;
+using mainwindow::SetButtonState;
+
+constexpr std::int32_t kEnable = 0;
+constexpr std::int32_t kShow = 1;
+
+// What the walk over a located game's configuration entries found.
+struct EntryFlags {
+    bool optimized = false;
+    bool notOptimized = false;
+    bool missing = false;
+    bool badName = false;
+};
+
+// A file test on a path the file system refuses outright is remembered; the test then fails.
+bool Exists(const platform::FileSystem& files, const std::string& path, EntryFlags& flags) {
+    if (IsBadFileName(path)) {
+        flags.badName = true;
+        return false;
+    }
+    return platform::FileExists(files, path);
+}
+
+// The line's colour, mirrored on the path label.
+void Paint(MainWindow& gui, forms::ListItem* line, forms::Colour colour) {
+    if (line) line->ForeColor = colour;
+    gui.PathLbl().SetForeColor(colour);
+}
+
+void ShowNativeSupport(MainWindow& gui, forms::ListItem* line) {
+    Paint(gui, line, gui.GHNTS_Color);
+    gui.ResListBox().SetVisible(false);
+    for (int button = 0; button <= 4; ++button) SetButtonState(gui.GUI(), button, kEnable, false);
+    for (int button = 5; button <= 7; ++button) SetButtonState(gui.GUI(), button, kEnable, true);
+    for (int button = 0; button <= 4; ++button) SetButtonState(gui.GUI(), button, kShow, false);
+    SetButtonState(gui.GUI(), 6, kShow, true);
+    SetButtonState(gui.GUI(), 7, kShow, true);
+}
+
+void ShowNotDetected(MainWindow& gui, forms::ListItem* line) {
+    if (line) {
+        line->Checked = false;
+        line->Bold = false;
+    }
+    Paint(gui, line, gui.GND_Color);
+    SetButtonState(gui.GUI(), 0, kEnable, false);
+    SetButtonState(gui.GUI(), 1, kEnable, false);
+}
+
+// Nothing to apply: no modification line, no registry line, no launcher parameters.
+bool NothingToApply(const recipes::GameRecord& game) {
+    bool noLines = game.CfgFiles.empty() || game.CfgFiles[0].Lines.empty() ||
+                   game.CfgFiles[0].Lines[0].empty();
+    bool noRegistry = game.Registry.empty() || game.Registry[0].empty();
+    return noLines && noRegistry && game.ShortcutParameters.empty();
+}
+
+void ShowLocated(MainWindow& gui, const platform::FileSystem& files,
+                 const recipes::GameRecord& game, forms::ListItem* line, EntryFlags& flags) {
+    for (const recipes::CfgEntry& entry : game.CfgFiles) {
+        if (entry.Kind == recipes::kSingle || entry.Kind.empty()) {
+            if (entry.Path.empty())
+                flags.missing = true;
+            else if (Exists(files, BackupPathOf(entry.Path), flags))
+                flags.optimized = true;
+            else if (Exists(files, std::string(text::TrimBlanks(entry.Path)), flags))
+                flags.notOptimized = true;
+            else
+                flags.missing = true;
+        } else if (entry.Kind == recipes::kMultiple) {
+            // A pattern's match has a say only on a line already shown as optimized.
+            if (Exists(files, BackupPathOf(entry.Path), flags) && line &&
+                line->ForeColor == gui.GO_Color)
+                SetButtonState(gui.GUI(), 0, kEnable, true);
+        }
+    }
+    if (flags.missing) {
+        Paint(gui, line, gui.GCNF_Color);
+        SetButtonState(gui.GUI(), 0, kEnable, true);
+        SetButtonState(gui.GUI(), 1, kEnable, false);
+    } else if (flags.notOptimized) {
+        Paint(gui, line, gui.GNO_Color);
+        SetButtonState(gui.GUI(), 0, kEnable, !NothingToApply(game));
+        SetButtonState(gui.GUI(), 1, kEnable, false);
+    } else if (flags.optimized) {
+        Paint(gui, line, gui.GO_Color);
+        SetButtonState(gui.GUI(), 0, kEnable, false);
+        SetButtonState(gui.GUI(), 1, kEnable, true);
+    }
+    if (line) {
+        line->Checked = true;
+        line->Bold = true;
+    }
+}
+
+// The status label takes the colour of the line and the text of the first class of that colour.
+void ShowStatusText(MainWindow& gui, const forms::ListItem* line) {
+    if (!line) return;
+    const std::pair<forms::Colour, const char*> classes[] = {
+        {gui.GO_Color, "Game has been optimized"},    {gui.GCNF_Color, "Game CFG file not found"},
+        {gui.GNO_Color, "Game not optimized yet"},    {gui.GND_Color, "Game not detected"},
+        {gui.GHNTS_Color, "Game has native support"},
+    };
+    for (const auto& [colour, caption] : classes) {
+        if (line->ForeColor == colour) {
+            gui.StatusLbl().SetBackColor(colour);
+            gui.StatusLbl().SetCaption(caption);
+            return;
+        }
+    }
+}
+
+}  // namespace
+
+void UpdateGameStatus(MainWindow& gui, const platform::FileSystem& files,
+                      const recipes::GameRecord& game, std::int16_t index) {
+    forms::ListItem* line = gui.GameList().Item(index);
+    EntryFlags flags;
+    if (game.NativeSupport) {
+        ShowNativeSupport(gui, line);
+    } else {
+        if (game.GameLoc.empty() && game.UserLoc.empty())
+            ShowNotDetected(gui, line);
+        else
+            ShowLocated(gui, files, game, line, flags);
+        SetButtonState(gui.GUI(), 4, kShow, true);
+        SetButtonState(gui.GUI(), 4, kEnable, true);
+    }
+    if (flags.badName) {
+        Paint(gui, line, gui.GCNF_Color);
+        SetButtonState(gui.GUI(), 0, kEnable, false);
+        SetButtonState(gui.GUI(), 1, kEnable, false);
+    }
+    ShowStatusText(gui, line);
+}
+
 }  // namespace optera::discovery

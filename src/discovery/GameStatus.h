@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "mainwindow/model/MainWindow.h"
 #include "platform/FileSystem.h"
 #include "recipes/GameRecord.h"
 
@@ -31,5 +32,12 @@ bool IsBadFileName(std::string_view path);
 // The class word of a game, which decides whether it stands in the list of detected games.
 // Entries of a pattern play no part; "" when no entry was tested.
 std::string ListClass(const platform::FileSystem& files, const recipes::GameRecord& game);
+
+// Brings line `index` (one-based) of the game list and the controls in line with the game's
+// class: the line's colour, check mark and bold face, the path label's colour, the status
+// label's colour and text, which buttons are enabled and shown, and whether the resolution list
+// is shown. `game` must be the record of that very line.
+void UpdateGameStatus(mainwindow::MainWindow& gui, const platform::FileSystem& files,
+                      const recipes::GameRecord& game, std::int16_t index);
 
 }  // namespace optera::discovery
