@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include "GameOnDisk.h"
 #include "discovery/GameStatus.h"
 #include "platform/fake/FakeFileSystem.h"
 
 using namespace optera;
+using optera::testing::GameOnDisk;
 using recipes::CfgEntry;
 using recipes::GameRecord;
 
@@ -16,24 +18,6 @@ TEST(BackupPathOf, ReplacesTheLastThreeCharactersByOriginal) {
     EXPECT_EQ(BackupPathOf("C:\\Game\\user.config"), "C:\\Game\\user.conoriginal");
     EXPECT_EQ(BackupPathOf("  C:\\Game\\a.cfg"), "C:\\Game\\a.original");
     EXPECT_EQ(BackupPathOf("ab"), "");
-}
-
-// A game located at C:\Game whose configuration files are named by `entries`, each "SINGLE"
-// unless it starts with "*" (a pattern's match) or is "" (the empty entry).
-GameRecord Game(std::initializer_list<std::string> paths, bool native = false,
-                bool located = true) {
-    GameRecord game;
-    game.GameLoc = located ? "C:\\Game" : "";
-    game.NativeSupport = native;
-    for (const std::string& path : paths) {
-        if (path.empty())
-            game.CfgFiles.push_back(CfgEntry{"", "", {""}});
-        else if (path[0] == '*')
-            game.CfgFiles.push_back(CfgEntry{"C:\\Game\\" + path.substr(1), "MULTIPLE", {"1=x"}});
-        else
-            game.CfgFiles.push_back(CfgEntry{"C:\\Game\\" + path, "SINGLE", {"1=x"}});
-    }
-    return game;
 }
 
 struct ClassRow {
@@ -54,29 +38,29 @@ TEST(ListClass, GivesTheWordOfEachClass) {
     files.PutFile("C:\\Game\\copyonly.original", "");
 
     const ClassRow rows[] = {
-        {"not located", Game({"fresh.cfg"}, false, false), "GREY"},
-        {"native and not located", Game({"fresh.cfg"}, true, false), "GREY"},
-        {"no configuration entry", Game({""}), "RED"},
-        {"file missing", Game({"gone.cfg"}), "RED"},
-        {"every file has its copy", Game({"done.cfg", "done2.cfg"}), "GREEN"},
-        {"a copy without its file", Game({"copyonly.cfg"}), "GREEN"},
-        {"native with copies", Game({"done.cfg"}, true), "GREEN"},
-        {"untouched", Game({"fresh.cfg"}), "BLACK"},
-        {"hidden and read-only files exist", Game({"hidden.cfg"}), "BLACK"},
-        {"native untouched", Game({"fresh.cfg"}, true), "BLUE"},
-        {"copied then untouched", Game({"done.cfg", "fresh.cfg"}), "BLACK"},
-        {"untouched then copied", Game({"fresh.cfg", "done.cfg"}), "BLACK"},
-        {"copied then missing", Game({"done.cfg", "gone.cfg"}), "RED"},
-        {"untouched decides before a missing one", Game({"fresh.cfg", "gone.cfg"}), "BLACK"},
-        {"pattern matches only", Game({"*done.cfg", "*fresh.cfg"}), ""},
-        {"pattern matches are passed over", Game({"*gone.cfg", "fresh.cfg"}), "BLACK"},
-        {"a bad file name", Game({"what?.cfg"}), "RED"},
-        {"no entries at all", Game({}), ""},
+        {"not located", GameOnDisk({"fresh.cfg"}, false, false), "GREY"},
+        {"native and not located", GameOnDisk({"fresh.cfg"}, true, false), "GREY"},
+        {"no configuration entry", GameOnDisk({""}), "RED"},
+        {"file missing", GameOnDisk({"gone.cfg"}), "RED"},
+        {"every file has its copy", GameOnDisk({"done.cfg", "done2.cfg"}), "GREEN"},
+        {"a copy without its file", GameOnDisk({"copyonly.cfg"}), "GREEN"},
+        {"native with copies", GameOnDisk({"done.cfg"}, true), "GREEN"},
+        {"untouched", GameOnDisk({"fresh.cfg"}), "BLACK"},
+        {"hidden and read-only files exist", GameOnDisk({"hidden.cfg"}), "BLACK"},
+        {"native untouched", GameOnDisk({"fresh.cfg"}, true), "BLUE"},
+        {"copied then untouched", GameOnDisk({"done.cfg", "fresh.cfg"}), "BLACK"},
+        {"untouched then copied", GameOnDisk({"fresh.cfg", "done.cfg"}), "BLACK"},
+        {"copied then missing", GameOnDisk({"done.cfg", "gone.cfg"}), "RED"},
+        {"untouched decides before a missing one", GameOnDisk({"fresh.cfg", "gone.cfg"}), "BLACK"},
+        {"pattern matches only", GameOnDisk({"*done.cfg", "*fresh.cfg"}), ""},
+        {"pattern matches are passed over", GameOnDisk({"*gone.cfg", "fresh.cfg"}), "BLACK"},
+        {"a bad file name", GameOnDisk({"what?.cfg"}), "RED"},
+        {"no entries at all", GameOnDisk({}), ""},
     };
     for (const ClassRow& row : rows)
         EXPECT_EQ(discovery::ListClass(files, row.game), row.word) << row.name;
 
-    GameRecord byUser = Game({"fresh.cfg"}, false, false);
+    GameRecord byUser = GameOnDisk({"fresh.cfg"}, false, false);
     byUser.UserLoc = "C:\\Game\\game.exe";
     EXPECT_EQ(discovery::ListClass(files, byUser), "BLACK") << "UserLoc alone locates a game";
 }

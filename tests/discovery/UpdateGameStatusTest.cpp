@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
+#include "GameOnDisk.h"
 #include "discovery/GameStatus.h"
 #include "platform/fake/FakeFileSystem.h"
 
 using namespace optera;
 using mainwindow::MainWindow;
+using optera::testing::GameOnDisk;
 using recipes::CfgEntry;
 using recipes::GameRecord;
 
@@ -37,20 +39,6 @@ class Status : public ::testing::Test {
     void Update(const GameRecord& game) { discovery::UpdateGameStatus(gui, files, game, 2); }
 };
 
-GameRecord Game(std::initializer_list<std::string> paths, bool located = true) {
-    GameRecord game;
-    game.GameLoc = located ? "C:\\Game" : "";
-    for (const std::string& path : paths) {
-        if (path.empty())
-            game.CfgFiles.push_back(CfgEntry{"", "", {""}});
-        else if (path[0] == '*')
-            game.CfgFiles.push_back(CfgEntry{"C:\\Game\\" + path.substr(1), "MULTIPLE", {"1=x"}});
-        else
-            game.CfgFiles.push_back(CfgEntry{"C:\\Game\\" + path, "SINGLE", {"1=x"}});
-    }
-    return game;
-}
-
 struct StatusRow {
     const char* name;
     GameRecord game;
@@ -61,18 +49,20 @@ struct StatusRow {
 
 TEST_F(Status, EachClassSetsColoursStatusMarksAndButtons) {
     const StatusRow rows[] = {
-        {"not detected", Game({"fresh.cfg"}, false), kGND, "Game not detected", false, false,
+        {"not detected", GameOnDisk({"fresh.cfg"}, false, false), kGND, "Game not detected", false,
+         false, false},
+        {"configuration file missing", GameOnDisk({"gone.cfg"}), kGCNF, "Game CFG file not found",
+         true, true, false},
+        {"no configuration entry", GameOnDisk({""}), kGCNF, "Game CFG file not found", true, true,
          false},
-        {"configuration file missing", Game({"gone.cfg"}), kGCNF, "Game CFG file not found", true,
-         true, false},
-        {"no configuration entry", Game({""}), kGCNF, "Game CFG file not found", true, true, false},
-        {"not optimized", Game({"fresh.cfg"}), kGNO, "Game not optimized yet", true, true, false},
-        {"optimized", Game({"done.cfg"}), kGO, "Game has been optimized", true, false, true},
-        {"partly optimized", Game({"done.cfg", "fresh.cfg"}), kGNO, "Game not optimized yet", true,
-         true, false},
-        {"one missing outweighs all", Game({"fresh.cfg", "done.cfg", "gone.cfg"}), kGCNF,
+        {"not optimized", GameOnDisk({"fresh.cfg"}), kGNO, "Game not optimized yet", true, true,
+         false},
+        {"optimized", GameOnDisk({"done.cfg"}), kGO, "Game has been optimized", true, false, true},
+        {"partly optimized", GameOnDisk({"done.cfg", "fresh.cfg"}), kGNO, "Game not optimized yet",
+         true, true, false},
+        {"one missing outweighs all", GameOnDisk({"fresh.cfg", "done.cfg", "gone.cfg"}), kGCNF,
          "Game CFG file not found", true, true, false},
-        {"a bad file name", Game({"a|b.cfg"}), kGCNF, "Game CFG file not found", true, false,
+        {"a bad file name", GameOnDisk({"a|b.cfg"}), kGCNF, "Game CFG file not found", true, false,
          false},
     };
     for (const StatusRow& row : rows) {
@@ -97,7 +87,7 @@ TEST_F(Status, EachClassSetsColoursStatusMarksAndButtons) {
 }
 
 TEST_F(Status, NativeSupportHidesTheCommandsThatDoNotApply) {
-    GameRecord game = Game({"fresh.cfg"}, false);
+    GameRecord game = GameOnDisk({"fresh.cfg"}, false, false);
     game.NativeSupport = true;
     Line().Checked = true;
     gui.BtnImageBox(5).SetVisible(false);
@@ -114,19 +104,19 @@ TEST_F(Status, NativeSupportHidesTheCommandsThatDoNotApply) {
 
 TEST_F(Status, PatternMatchesOnlyLeaveColourAndButtonsAlone) {
     gui.BtnImageBox(0).SetEnabled(false);
-    Update(Game({"*done.cfg", "*fresh.cfg"}));
+    Update(GameOnDisk({"*done.cfg", "*fresh.cfg"}));
     EXPECT_EQ(Line().ForeColor, kUnset);
     EXPECT_FALSE(Enabled(0));
     EXPECT_EQ(gui.StatusLbl().Caption(), "StatusLabel") << "no class has the line's colour";
     EXPECT_TRUE(Line().Checked && Line().Bold);
 
     Line().ForeColor = kGO;
-    Update(Game({"*done.cfg"}));
+    Update(GameOnDisk({"*done.cfg"}));
     EXPECT_TRUE(Enabled(0)) << "a copied match on a line shown optimized offers Optimize again";
 }
 
 TEST_F(Status, NothingToApplyKeepsOptimizeOff) {
-    GameRecord game = Game({"fresh.cfg"});
+    GameRecord game = GameOnDisk({"fresh.cfg"});
     game.CfgFiles[0].Lines = {""};
     Update(game);
     EXPECT_FALSE(Enabled(0));
@@ -141,7 +131,7 @@ TEST_F(Status, NothingToApplyKeepsOptimizeOff) {
 
 TEST_F(Status, ClassesOfTheSameColourReadAsTheFirst) {
     gui.GNO_Color = kGO;
-    Update(Game({"fresh.cfg"}));
+    Update(GameOnDisk({"fresh.cfg"}));
     EXPECT_EQ(gui.StatusLbl().Caption(), "Game has been optimized");
 }
 
