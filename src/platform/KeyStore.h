@@ -68,7 +68,7 @@ inline constexpr DWORD OpenedExistingKey = 2;
 }  // namespace regdisposition
 
 class KeyStore {
-public:
+  public:
     virtual ~KeyStore() = default;
 
     // An empty subKey opens `key` itself (a new handle). 2 for a missing key.

@@ -2,6 +2,7 @@
 // Everything Optera needs from the machine it works on, passed down as one value. On Linux the
 // machine is a Wine prefix (platform/wine), in tests an in-memory one (platform/fake).
 
+#include "platform/DesktopShortcuts.h"
 #include "platform/Environment.h"
 #include "platform/FileSystem.h"
 #include "platform/KeyStore.h"
@@ -16,6 +17,7 @@ struct Machine {
     Environment& environment;
     SpecialFolders& specialFolders;
     UserSettings& userSettings;
+    DesktopShortcuts& shortcuts;
 };
 
 }  // namespace optera::platform

@@ -33,4 +33,14 @@ bool FakeUserSettings::Set(std::string_view app, std::string_view section, std::
     return true;
 }
 
+bool FakeDesktopShortcuts::Create(std::string_view linkName, const ShellLink& link) {
+    if (failCreate) return false;
+    links[std::string(linkName)] = link;
+    return true;
+}
+
+void FakeDesktopShortcuts::Remove(std::string_view linkName) {
+    if (auto it = links.find(linkName); it != links.end()) links.erase(it);
+}
+
 }  // namespace optera::platform

@@ -22,6 +22,15 @@ class FakeSpecialFolders : public SpecialFolders {
     std::optional<std::string> Path(int id) const override;
 };
 
+// Shortcuts kept by name; Create fails while `failCreate` is set.
+class FakeDesktopShortcuts : public DesktopShortcuts {
+  public:
+    std::map<std::string, ShellLink, text::LessNoCase> links;
+    bool failCreate = false;
+    bool Create(std::string_view linkName, const ShellLink& link) override;
+    void Remove(std::string_view linkName) override;
+};
+
 class FakeUserSettings : public UserSettings {
   public:
     std::map<std::string, std::string, text::LessNoCase> values;  // "app\section\key"
@@ -37,9 +46,10 @@ struct FakeMachine {
     FakeEnvironment environment;
     FakeSpecialFolders specialFolders;
     FakeUserSettings userSettings;
+    FakeDesktopShortcuts shortcuts;
 
     Machine machine() {
-        return Machine{files, registry, environment, specialFolders, userSettings};
+        return Machine{files, registry, environment, specialFolders, userSettings, shortcuts};
     }
 };
 

@@ -13,7 +13,8 @@ WineMachine::WineMachine(fs::path prefix, const EnvironmentVariables& host, fs::
       registry_(files_.prefix()),
       environment_(files_.prefix(), host, &registry_),
       specialFolders_(environment_, &registry_),
-      userSettings_(std::move(settingsFile)) {}
+      userSettings_(std::move(settingsFile)),
+      shortcuts_(files_, host) {}
 
 fs::path WineMachine::DefaultPrefix(const EnvironmentVariables& host) {
     auto prefix = host.find("WINEPREFIX");

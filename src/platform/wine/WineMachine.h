@@ -6,6 +6,7 @@
 
 #include "platform/Machine.h"
 #include "platform/wine/UserSettingsFile.h"
+#include "platform/wine/WineDesktopShortcuts.h"
 #include "platform/wine/WineEnvironment.h"
 #include "platform/wine/WineFileSystem.h"
 #include "platform/wine/WineKeyStore.h"
@@ -33,9 +34,10 @@ class WineMachine {
     WineEnvironment& environment() { return environment_; }
     WineSpecialFolders& specialFolders() { return specialFolders_; }
     UserSettingsFile& userSettings() { return userSettings_; }
+    WineDesktopShortcuts& shortcuts() { return shortcuts_; }
 
     Machine machine() {
-        return Machine{files_, registry_, environment_, specialFolders_, userSettings_};
+        return Machine{files_, registry_, environment_, specialFolders_, userSettings_, shortcuts_};
     }
 
   private:
@@ -44,6 +46,7 @@ class WineMachine {
     WineEnvironment environment_;
     WineSpecialFolders specialFolders_;
     UserSettingsFile userSettings_;
+    WineDesktopShortcuts shortcuts_;
 };
 
 }  // namespace optera::platform
