@@ -65,6 +65,9 @@ class MainWindow {
     // Whether the skin shows the Browse and Search buttons.
     bool BrowseButtonWanted = true;
     bool SearchButtonWanted = true;
+    // The resolutions this machine offers and the default, as "<width>x<height>" texts.
+    std::vector<std::string> Resolutions;
+    std::string DefaultResolution;
     // The settings' NATIVEMSG lines in file order; one empty line when there are none.
     std::vector<std::string> NativeMessages{""};
 

@@ -1,0 +1,71 @@
+#pragma once
+// The program's main act and its way back. Optimize applies the game in hand, as the recipe
+// reader prepared it for the selected resolution: an original copy of each configuration file
+// (made once, never overwritten), the changes to the files, the registry values after saving
+// their keys, read-only marks, the resolution in the recipe, the desktop shortcut. Restore puts
+// the copies back, loads the registry backups, removes the shortcut and sets the recipe's
+// resolution to the default. Neither stops on a failure: the status worked out from the disk
+// afterwards shows how things stand.
+
+#include <functional>
+#include <string>
+
+#include "mainwindow/model/MainWindow.h"
+#include "optimizer/RegistryFiles.h"
+#include "platform/Machine.h"
+#include "platform/Prompts.h"
+#include "recipes/GameRecord.h"
+#include "services/cPrivateProfile.h"
+#include "services/cRegistry.h"
+
+namespace optera::optimizer {
+
+struct OptimizerServices {
+    platform::Machine machine;
+    services::cPrivateProfile& profile;
+    services::cRegistry& registry;
+    platform::Prompts& prompts;
+    RegistryFiles& regFiles;
+    std::string programFolder;  // holds MODS
+};
+
+class Optimizer {
+  public:
+    Optimizer(OptimizerServices services, recipes::RecipeState& recipes,
+              mainwindow::MainWindow& gui)
+        : services_(std::move(services)), recipes_(recipes), gui_(gui) {}
+
+    // The answer of the confirmation: an optimization runs only after a Yes.
+    bool ProceedFlag = false;
+    // Brings the window in line with the selected game again, from the disk.
+    std::function<void()> SelectGame;
+
+    // Runs the optimization, then disables Restore and Optimize until the status is worked out.
+    void OptimizeAndLockButtons();
+    void RunOptimization();
+    // Asks the user, then undoes the optimization of the game in hand.
+    void RestoreOriginals();
+
+    // Makes the game's desktop shortcut: always when the recipe gives launch parameters (the
+    // user is told why), otherwise when the user wants one.
+    void CreateDesktopShortcut();
+    // Removes the shortcuts of the game in hand, of both names this program has used.
+    void RemoveDesktopShortcuts();
+
+    // When the game's recipe sets registry values and the registry cannot be written now (Wine
+    // runs in the prefix), says why in one box and gives false. Nothing is changed either way.
+    bool CheckRegistryWritable();
+
+  private:
+    const recipes::GameRecord& Game() const { return recipes_.CurrentGame; }
+    std::string RecipePath() const;
+    void SyncRegistry(bool restore);
+    // The line of the game in hand in the game list, if one is selected.
+    forms::ListItem* GameLine() { return gui_.GameList().SelectedItem(); }
+
+    OptimizerServices services_;
+    recipes::RecipeState& recipes_;
+    mainwindow::MainWindow& gui_;
+};
+
+}  // namespace optera::optimizer
