@@ -10,8 +10,10 @@
 #include <thread>
 
 #include "HivePrefix.h"
+#include "platform/wine/WineFileSystem.h"
 #include "platform/wine/WineKeyStore.h"
 #include "platform/wine/WineServerLock.h"
+#include "services/RegEditFormat.h"
 
 using namespace optera::platform;
 using namespace optera::testing;
@@ -154,6 +156,38 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
         ReadText(store, hkey::LocalMachine, "Software\\Optera", "Theirs32", regaccess::Wow64_64Key),
         "<missing>");
     EXPECT_EQ(ReadText(store, hkey::CurrentUser, "Software\\Optera\\Ours", "Sz"), "plain text");
+
+    // .reg files: what the registry editor saves, we load; what we save, it loads.
+    WineFileSystem files(prefix);
+    ASSERT_EQ(Shell(prefix, wine + " regedit /e 'C:\\theirs.reg' "
+                                   "'HKEY_CURRENT_USER\\Software\\Optera\\Theirs'"),
+              0);
+    ASSERT_EQ(Shell(prefix, "wineserver -k; wineserver -w"), 0);
+    EXPECT_EQ(files.ReadAll("C:\\ours-theirs.reg"), std::nullopt);
+    ASSERT_TRUE(optera::services::ExportRegistryKey(
+        store, files, "HKEY_CURRENT_USER\\Software\\Optera\\Theirs", "C:\\ours-theirs.reg"));
+    EXPECT_EQ(files.ReadAll("C:\\ours-theirs.reg"), files.ReadAll("C:\\theirs.reg"))
+        << "our file is the registry editor's, byte for byte";
+    ASSERT_EQ(Write(store, hkey::CurrentUser, "Software\\Optera\\Theirs", "Dword", regtype::Dword,
+                    std::string("\x07\0\0\0", 4)),
+              0);
+    ASSERT_TRUE(optera::services::ImportRegistryFile(store, files, "C:\\theirs.reg"));
+    for (const Theirs& value : theirs)
+        EXPECT_EQ(Read(store, hkey::CurrentUser, "Software\\Optera\\Theirs", value.name),
+                  value.read)
+            << value.name << " after loading the editor's file";
+
+    ASSERT_TRUE(optera::services::ExportRegistryKey(
+        store, files, "HKEY_CURRENT_USER\\Software\\Optera\\Ours", "C:\\ours.reg"));
+    ASSERT_EQ(
+        Write(store, hkey::CurrentUser, "Software\\Optera\\Ours", "Sz", regtype::Sz, Sz("changed")),
+        0);
+    ASSERT_EQ(Shell(prefix, wine + " regedit /s 'C:\\ours.reg'"), 0);
+    EXPECT_EQ(Shell(prefix, wine + " reg query 'HKCU\\Software\\Optera\\Ours'", &shown), 0);
+    for (const Ours& value : ours)
+        EXPECT_NE(shown.find("    " + std::string(value.shown) + "\r\n"), std::string::npos)
+            << value.name << " after the editor loaded our file:\n"
+            << shown;
 
     std::printf("wineboot and first save: %.1f s; whole test: %.1f s\n", booted, seconds());
 }
