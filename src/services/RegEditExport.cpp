@@ -21,11 +21,19 @@ constexpr platform::REGSAM kRead64 = platform::regaccess::Read | platform::regac
 constexpr std::size_t kHexLineLimit = 77;
 constexpr std::string_view kHeader = "Windows Registry Editor Version 5.00\r\n";
 
+// A name or string in quotes, escaped as Wine's registry editor does (line breaks included, so
+// that a value holding one stays on its line).
 std::string Quoted(std::string_view text) {
     std::string quoted = "\"";
     for (char c : text) {
-        if (c == '\\' || c == '"') quoted += '\\';
-        quoted += c;
+        if (c == '\\' || c == '"')
+            quoted += {'\\', c};
+        else if (c == '\n')
+            quoted += "\\n";
+        else if (c == '\r')
+            quoted += "\\r";
+        else
+            quoted += c;
     }
     return quoted + '"';
 }

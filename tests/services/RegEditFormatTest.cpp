@@ -25,7 +25,7 @@ class RegEdit : public ::testing::Test {
     void SetUp() override {
         const std::string game = "Software\\Game";
         store.PutString(hkey::CurrentUser, game, "", "default");
-        store.PutString(hkey::CurrentUser, game, "Path", "C:\\Games\\\"Game\"");
+        store.PutString(hkey::CurrentUser, game, "Path", "C:\\Games\\\"Game\"\r\n");
         store.PutValue(hkey::CurrentUser, game, "Width", regtype::Dword,
                        std::string("\x00\x0f\0\0", 4));
         store.PutValue(hkey::CurrentUser, game, "Blob", regtype::Binary, std::string(30, '\x2a'));
@@ -44,7 +44,7 @@ TEST_F(RegEdit, ExportWritesTheKeyAndItsSubkeysAsTheEditorDoes) {
         "Windows Registry Editor Version 5.00\r\n"
         "\r\n[HKEY_CURRENT_USER\\Software\\Game]\r\n"
         "@=\"default\"\r\n"
-        "\"Path\"=\"C:\\\\Games\\\\\\\"Game\\\"\"\r\n"
+        "\"Path\"=\"C:\\\\Games\\\\\\\"Game\\\"\\r\\n\"\r\n"
         "\"Width\"=dword:00000f00\r\n"
         "\"Blob\"=hex:2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,\\\r\n"
         "  2a,2a,2a,2a,2a,2a,2a,2a\r\n"
