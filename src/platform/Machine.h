@@ -3,9 +3,11 @@
 // machine is a Wine prefix (platform/wine), in tests an in-memory one (platform/fake).
 
 #include "platform/DesktopShortcuts.h"
+#include "platform/Display.h"
 #include "platform/Environment.h"
 #include "platform/FileSystem.h"
 #include "platform/KeyStore.h"
+#include "platform/Shell.h"
 #include "platform/SpecialFolders.h"
 #include "platform/UserSettings.h"
 
@@ -18,6 +20,8 @@ struct Machine {
     SpecialFolders& specialFolders;
     UserSettings& userSettings;
     DesktopShortcuts& shortcuts;
+    Display& display;
+    Shell& shell;
 };
 
 }  // namespace optera::platform

@@ -3,6 +3,7 @@
 // The window shows real dialogs, the command line asks on the terminal or answers from flags,
 // and tests script the answers and keep a transcript of every box.
 
+#include <optional>
 #include <string>
 
 namespace optera::platform {
@@ -28,6 +29,13 @@ class Prompts {
     virtual ~Prompts() = default;
     // Shows a box and waits for the user's answer.
     virtual MessageAnswer ShowMessage(const PromptMessage& box) = 0;
+    // The file-open dialog: the Windows path of the file the user chose, nullopt when they
+    // cancelled. `filter` is the dialog's list of file kinds ("Programs (*.exe)|*.exe").
+    virtual std::optional<std::string> ChooseFile(const std::string& title,
+                                                  const std::string& filter) {
+        (void)title, (void)filter;
+        return std::nullopt;
+    }
     // Lets pending user-interface events run (a long search stays responsive).
     virtual void RunPendingEvents() {}
 };

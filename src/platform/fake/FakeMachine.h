@@ -40,6 +40,40 @@ class FakeUserSettings : public UserSettings {
              std::string_view value) override;
 };
 
+// A display with the modes and devices a test gives it.
+class FakeDisplay : public Display {
+  public:
+    std::vector<DisplayMode> modes;  // of display 1
+    std::optional<DisplayMode> current;
+    std::vector<DisplayAdapter> adapters;
+    std::vector<std::string> controllers;
+    std::vector<DisplayMode> Modes(int display) const override {
+        return display == 1 ? modes : std::vector<DisplayMode>{};
+    }
+    std::optional<DisplayMode> Current() const override { return current; }
+    std::vector<DisplayAdapter> Adapters() const override { return adapters; }
+    std::vector<std::string> VideoControllerIds() const override { return controllers; }
+};
+
+// Keeps what was opened and started; each fails while its flag is set.
+class FakeShell : public Shell {
+  public:
+    std::vector<std::string> opened;
+    std::vector<std::pair<std::string, std::string>> started;
+    bool failOpen = false;
+    bool failStart = false;
+    bool Open(std::string_view target) override {
+        if (failOpen) return false;
+        opened.emplace_back(target);
+        return true;
+    }
+    bool Start(std::string_view program, std::string_view argument) override {
+        if (failStart) return false;
+        started.emplace_back(program, argument);
+        return true;
+    }
+};
+
 struct FakeMachine {
     FakeFileSystem files;
     FakeKeyStore registry{true};  // a 64-bit machine, with both views
@@ -47,9 +81,12 @@ struct FakeMachine {
     FakeSpecialFolders specialFolders;
     FakeUserSettings userSettings;
     FakeDesktopShortcuts shortcuts;
+    FakeDisplay display;
+    FakeShell shell;
 
     Machine machine() {
-        return Machine{files, registry, environment, specialFolders, userSettings, shortcuts};
+        return Machine{files,        registry,  environment, specialFolders,
+                       userSettings, shortcuts, display,     shell};
     }
 };
 

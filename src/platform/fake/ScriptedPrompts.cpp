@@ -11,4 +11,12 @@ MessageAnswer ScriptedPrompts::ShowMessage(const PromptMessage& box) {
     return answer;
 }
 
+std::optional<std::string> ScriptedPrompts::ChooseFile(const std::string&, const std::string&) {
+    ++fileDialogs;
+    if (files_.empty()) return std::nullopt;
+    std::optional<std::string> file = std::move(files_.front());
+    files_.pop_front();
+    return file;
+}
+
 }  // namespace optera::platform

@@ -14,7 +14,9 @@ WineMachine::WineMachine(fs::path prefix, const EnvironmentVariables& host, fs::
       environment_(files_.prefix(), host, &registry_),
       specialFolders_(environment_, &registry_),
       userSettings_(std::move(settingsFile)),
-      shortcuts_(files_, host) {}
+      shortcuts_(files_, host),
+      display_(host),
+      shell_(files_, host) {}
 
 fs::path WineMachine::DefaultPrefix(const EnvironmentVariables& host) {
     auto prefix = host.find("WINEPREFIX");

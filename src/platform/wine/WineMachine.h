@@ -5,6 +5,8 @@
 #include <filesystem>
 
 #include "platform/Machine.h"
+#include "platform/wine/HostDisplay.h"
+#include "platform/wine/HostShell.h"
 #include "platform/wine/UserSettingsFile.h"
 #include "platform/wine/WineDesktopShortcuts.h"
 #include "platform/wine/WineEnvironment.h"
@@ -35,9 +37,12 @@ class WineMachine {
     WineSpecialFolders& specialFolders() { return specialFolders_; }
     UserSettingsFile& userSettings() { return userSettings_; }
     WineDesktopShortcuts& shortcuts() { return shortcuts_; }
+    HostDisplay& display() { return display_; }
+    HostShell& shell() { return shell_; }
 
     Machine machine() {
-        return Machine{files_, registry_, environment_, specialFolders_, userSettings_, shortcuts_};
+        return Machine{files_,        registry_,  environment_, specialFolders_,
+                       userSettings_, shortcuts_, display_,     shell_};
     }
 
   private:
@@ -47,6 +52,8 @@ class WineMachine {
     WineSpecialFolders specialFolders_;
     UserSettingsFile userSettings_;
     WineDesktopShortcuts shortcuts_;
+    HostDisplay display_;
+    HostShell shell_;
 };
 
 }  // namespace optera::platform
