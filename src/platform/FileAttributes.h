@@ -33,6 +33,10 @@ struct DriveInfo {
 struct DirEntry {
     std::string name;
     std::uint32_t attributes = 0;
+    // Where the platform can tell, what the entry is on disk (its device and file number), the
+    // same through every link to it; 0 and 0 when it cannot.
+    std::uint64_t device = 0;
+    std::uint64_t fileNumber = 0;
 };
 
 }  // namespace optera::platform

@@ -30,6 +30,24 @@ inline constexpr std::array<std::string_view, button::Count> kButtonSections = {
     "OPTIMIZE_BUTTON", "RESTORE_BUTTON", "BROWSE_BUTTON",   "SEARCH_BUTTON",
     "VIEW_BUTTON",     "HOWTO_BUTTON",   "VISITWEB_BUTTON", "CLOSE_BUTTON"};
 
+// One image button of the current skin: what the press logic needs to show it at rest and
+// pressed. Lengths are twips; colours 32-bit values.
+struct SkinButtonRecord {
+    std::string Caption;
+    std::string Font;
+    std::int32_t FontSize = 0;
+    std::int32_t FontUpColor = 0;
+    std::int32_t FontDnColor = 0;
+    std::int32_t Left = 0;
+    std::string MouseCursor;
+    std::string PictureDn;
+    std::string PictureUp;
+    std::int32_t Top = 0;
+    std::int32_t CaptionOffsetX = 0;  // the caption's place relative to the image
+    std::int32_t CaptionOffsetY = 0;
+    std::int32_t Visible = 1;
+};
+
 class MainWindow {
   public:
     MainWindow();
@@ -70,6 +88,8 @@ class MainWindow {
     std::string DefaultResolution;
     // The settings' NATIVEMSG lines in file order; one empty line when there are none.
     std::vector<std::string> NativeMessages{""};
+    // The skin's image buttons, by button index.
+    std::array<SkinButtonRecord, button::Count> SkinButtons;
 
   private:
     forms::Control& Named(std::string_view name, std::optional<int> index = std::nullopt);

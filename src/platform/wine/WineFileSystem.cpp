@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -51,6 +52,41 @@ std::uint32_t AttributesOf(const struct stat& st, std::string_view name) {
     if (IsReadOnly(st)) bits |= attr::ReadOnly;
     if (name.size() > 1 && name[0] == '.' && name != "..") bits |= attr::Hidden;
     return bits;
+}
+
+// The kernel's own folders (processes, devices, run-time state) and mounts of its pseudo file
+// systems: Windows would call them hidden system folders, and like those they are no place to
+// look for games. Only a mount point can start such a file system, so `statfs` runs only for a
+// folder on another device than its parent.
+bool IsKernelFolder(const fs::path& host, const struct stat& st, dev_t parentDevice) {
+    if (!S_ISDIR(st.st_mode)) return false;
+    static const fs::path kFolders[] = {"/proc", "/sys", "/dev", "/run"};
+    for (const fs::path& folder : kFolders)
+        if (host == folder) return true;
+    if (st.st_dev == parentDevice) return false;
+    struct statfs fsInfo;
+    if (::statfs(host.c_str(), &fsInfo) != 0) return false;
+    switch (static_cast<unsigned long>(fsInfo.f_type)) {
+        case 0x9fa0:      // proc
+        case 0x62656572:  // sysfs
+        case 0x1cd1:      // devpts
+        case 0x27e0eb:    // cgroup
+        case 0x63677270:  // cgroup2
+        case 0x64626720:  // debugfs
+        case 0x74726163:  // tracefs
+        case 0x73636673:  // securityfs
+        case 0xcafe4a11:  // bpf
+        case 0x6165676c:  // pstore
+        case 0x62656570:  // configfs
+        case 0x19800202:  // mqueue
+        case 0x42494e4d:  // binfmt_misc
+        case 0x65735543:  // fusectl
+        case 0x958458f6:  // hugetlbfs
+        case 0x0187:      // autofs: entering it would mount what it stands for
+            return true;
+        default:
+            return false;
+    }
 }
 
 // A dosdevices target as an absolute, normal path without a trailing separator.
@@ -193,7 +229,13 @@ std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) c
     struct stat st;
     if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
     // A drive's root is never hidden, whatever its host folder is called.
-    return AttributesOf(st, ComponentsOf(path).empty() ? "" : host->filename().native());
+    if (ComponentsOf(path).empty()) return AttributesOf(st, "");
+    struct stat parent;
+    const dev_t parentDevice =
+        ::stat(host->parent_path().c_str(), &parent) == 0 ? parent.st_dev : st.st_dev;
+    std::uint32_t bits = AttributesOf(st, host->filename().native());
+    if (IsKernelFolder(*host, st, parentDevice)) bits |= attr::Hidden | attr::System;
+    return bits;
 }
 
 bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attributes) {
@@ -221,11 +263,16 @@ std::optional<std::vector<DirEntry>> WineFileSystem::List(std::string_view folde
     Folder listing(*host);
     if (!listing.ok()) return std::nullopt;
     std::vector<DirEntry> entries;
+    struct stat self;
+    const dev_t device = ::fstat(listing.fd(), &self) == 0 ? self.st_dev : 0;
     while (const char* name = listing.Next()) {
         struct stat st;
         // Follows links as Windows sees them; a link to nothing is not listed.
         if (::fstatat(listing.fd(), name, &st, 0) != 0) continue;
-        entries.push_back({name, AttributesOf(st, name)});
+        std::uint32_t bits = AttributesOf(st, name);
+        if (IsKernelFolder(*host / name, st, device)) bits |= attr::Hidden | attr::System;
+        entries.push_back({name, bits, static_cast<std::uint64_t>(st.st_dev),
+                           static_cast<std::uint64_t>(st.st_ino)});
     }
     if (listing.failed()) return std::nullopt;
     return entries;

@@ -1,0 +1,124 @@
+#include "mainwindow/MainWindowLogic.h"
+
+#include "discovery/GameStatus.h"
+#include "platform/WindowsPath.h"
+#include "recipes/BlankRecipe.h"
+#include "text/Split.h"
+
+namespace optera::mainwindow {
+
+MainWindowLogic::MainWindowLogic(LogicServices services, MainWindow& gui, ModalHost& modal)
+    : services_(std::move(services)),
+      gui_(gui),
+      modal_(modal),
+      reader_({services_.machine, services_.profile, services_.registry, services_.programFolder},
+              state_),
+      optimizer_({services_.machine, services_.profile, services_.registry, services_.prompts,
+                  services_.regFiles, services_.programFolder},
+                 state_, gui_),
+      scanner_(services_.machine.files, services_.prompts),
+      displaySettings_(services_.machine.display) {
+    optimizer_.SelectGame = [this] { SelectGame(); };
+    WireEvents();
+}
+
+void MainWindowLogic::WireEvents() {
+    using forms::Control;
+    using forms::EventArgs;
+    Control& games = gui_.GameList();
+    games.On("Click", [this](Control&, EventArgs&) { SelectGame(); });
+    games.On("DblClick", [this](Control&, EventArgs&) { GameDoubleClicked(); });
+    games.On("KeyUp", [this](Control&, EventArgs& args) {
+        if (args.keyCode == 38 || args.keyCode == 40) SelectGame();
+    });
+    // The tip is there to be read once: the first press takes it away.
+    games.On("MouseDown",
+             [](Control& list, EventArgs&) { list.Set("ToolTipText", std::string()); });
+    games.On("MouseUp", [this](Control&, EventArgs& args) {
+        if (args.button != forms::kRightButton) return;
+        gui_.ShowAllGames = !gui_.ShowAllGames;
+        FillGameList();
+    });
+    games.On("ItemCheck", [this](Control&, EventArgs& args) {
+        if (args.item) GameChecked(*args.item);
+    });
+    gui_.ResListBox().On("Click", [this](Control&, EventArgs&) { ResolutionSelected(); });
+
+    for (int i = 0; i < button::Count; ++i) {
+        for (Control* part : {&gui_.BtnImageBox(i), &gui_.BtnLabel(i)}) {
+            // A disabled button gets no mouse events.
+            part->On("MouseDown", [this, i](Control& sender, EventArgs&) {
+                if (!sender.Enabled()) return;
+                ButtonDownPending = true;
+                PressedButton = static_cast<std::int16_t>(i);
+            });
+            part->On("MouseUp", [this](Control& sender, EventArgs&) {
+                if (sender.Enabled()) ButtonUpPending = true;
+            });
+        }
+    }
+    gui_.Timer1().On("Timer", [this](Control&, EventArgs&) { TimerTick(); });
+
+    auto hide = [](forms::Form& form) { form.SetVisible(false); };
+    confirm_.YesButton().On("Click", [this, hide](Control&, EventArgs&) {
+        optimizer_.ProceedFlag = true;
+        hide(confirm_.Form());
+    });
+    confirm_.NoButton().On("Click", [this, hide](Control&, EventArgs&) {
+        optimizer_.ProceedFlag = false;
+        hide(confirm_.Form());
+    });
+    confirm_.DetailButton().On("Click", [this](Control&, EventArgs&) { ShowReport("Modify"); });
+}
+
+std::string MainWindowLogic::OpteraIni() const {
+    return platform::JoinPath(services_.programFolder, "Optera.ini");
+}
+
+std::string MainWindowLogic::SelectedLineText() {
+    const forms::ListItem* line = SelectedLine();
+    return line ? line->Text : std::string();
+}
+
+std::string MainWindowLogic::RecipePath(std::string_view name) const {
+    return reader_.RecipePathOf(name);
+}
+
+void MainWindowLogic::UpdateStatus(std::int16_t index) {
+    discovery::UpdateGameStatus(gui_, services_.machine.files, state_.CurrentGame, index);
+}
+
+std::string MainWindowLogic::LocationOfGame() const {
+    const recipes::GameRecord& game = state_.CurrentGame;
+    return game.UserLoc.empty() ? game.GameLoc : game.UserLoc;
+}
+
+bool MainWindowLogic::ShellOpen(std::string_view path) {
+    return services_.machine.shell.Open(path);
+}
+
+void MainWindowLogic::OpenInTextEditor(std::string_view path) {
+    if (ShellOpen(path)) return;
+    const std::string windir = services_.machine.environment.Get("windir");
+    services_.machine.shell.Start(windir + "\\system32\\notepad.exe", path);
+}
+
+void MainWindowLogic::NewBlankRecipe() {
+    platform::FileSystem& files = services_.machine.files;
+    const std::string path = platform::JoinPath(services_.programFolder, "MODS\\_BLANK.txt");
+    // The template is never kept: it is written anew with the resolutions of now.
+    if (auto attributes = files.Attributes(path)) {
+        if (*attributes & platform::attr::ReadOnly)
+            files.SetAttributes(path, *attributes & ~platform::attr::ReadOnly);
+        files.Remove(path);
+    }
+    recipes::WriteBlankRecipe(files, path, gui_.DefaultResolution, gui_.Resolutions);
+    OpenInTextEditor("\"" + path + "\"");
+    FillGameList();
+    gui_.GameList().Select(1);
+    if (const forms::ListItem* first = gui_.GameList().Item(1))
+        state_.CurrentGame = reader_.ReadRecipe(first->Text);
+    gui_.PathLbl().SetCaption(LocationOfGame());
+}
+
+}  // namespace optera::mainwindow
