@@ -49,6 +49,8 @@ std::string Scanner::StartScan(std::string_view fileName) {
     TargetFile = fileName;
     for (const std::string& root : roots) {
         if (!FoundPath.empty()) break;
+        // A drive already walked through another drive's links is not walked again.
+        if (auto id = files_.FileIdentity(root); id && !entered_.insert(*id).second) continue;
         ScanFolder(root);
     }
     return FoundPath;

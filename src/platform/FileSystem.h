@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/FileAttributes.h"
@@ -36,6 +37,14 @@ class FileSystem {
     // Deletes a file (whatever its read-only mark) or an empty folder.
     virtual bool Remove(std::string_view path) = 0;
     virtual bool CreateFolder(std::string_view path) = 0;
+
+    // The device and file number of what is at the path, as List gives them for its entries;
+    // nullopt when nothing is there or the platform cannot tell.
+    virtual std::optional<std::pair<std::uint64_t, std::uint64_t>> FileIdentity(
+        std::string_view path) const {
+        (void)path;
+        return std::nullopt;
+    }
 
     // The drives of the machine in letter order.
     virtual std::vector<DriveInfo> Drives() const = 0;

@@ -278,6 +278,14 @@ std::optional<std::vector<DirEntry>> WineFileSystem::List(std::string_view folde
     return entries;
 }
 
+std::optional<std::pair<std::uint64_t, std::uint64_t>> WineFileSystem::FileIdentity(
+    std::string_view path) const {
+    auto host = ToHostPath(path);
+    struct stat st;
+    if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
+    return std::pair{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)};
+}
+
 std::optional<std::string> WineFileSystem::ReadAll(std::string_view path) const {
     auto host = ToHostPath(path);
     if (!host) return std::nullopt;

@@ -46,6 +46,8 @@ class WineFileSystem : public FileSystem {
     bool Remove(std::string_view path) override;
     bool CreateFolder(std::string_view path) override;
     std::vector<DriveInfo> Drives() const override;
+    std::optional<std::pair<std::uint64_t, std::uint64_t>> FileIdentity(
+        std::string_view path) const override;
 
   private:
     const Drive* FindDrive(char letter) const;
