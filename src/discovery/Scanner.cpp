@@ -67,7 +67,7 @@ bool Scanner::FirstVisit(const DirEntry& entry) {
 }
 
 void Scanner::ScanFolder(const std::string& folder) {
-    std::vector<DirEntry> entries = files_.List(folder).value_or(std::vector<DirEntry>{});
+    std::vector<DirEntry> entries = files_.ListForSearch(folder).value_or(std::vector<DirEntry>{});
     std::erase_if(entries, [](const DirEntry& entry) { return !Listed(entry); });
     if (forms::Control* label = form_.Find("Label2")) label->SetCaption(folder);
 

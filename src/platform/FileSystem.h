@@ -26,6 +26,12 @@ class FileSystem {
     // nullopt when the folder does not exist or cannot be read.
     virtual std::optional<std::vector<DirEntry>> List(std::string_view folder) const = 0;
 
+    // List for a walk through folders, which may be quicker: entries that are not folders may
+    // carry only their Hidden and System bits and no identity. Folders are as List gives them.
+    virtual std::optional<std::vector<DirEntry>> ListForSearch(std::string_view folder) const {
+        return List(folder);
+    }
+
     // The whole content of a file; nullopt when it is missing or cannot be read.
     virtual std::optional<std::string> ReadAll(std::string_view path) const = 0;
     // Creates or truncates the file and writes the bytes; they are on disk when it returns.

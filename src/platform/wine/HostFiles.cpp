@@ -33,8 +33,10 @@ const char* Folder::Next() {
             failed_ = errno != 0;
             return nullptr;
         }
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+            type_ = entry->d_type;
             return entry->d_name;
+        }
     }
 }
 

@@ -25,10 +25,14 @@ class Folder {
     const char* Next();
     // True when reading stopped on an error rather than at the end.
     bool failed() const { return failed_; }
+    // The kind of the entry Next gave last, as the directory tells it (DT_DIR, DT_REG, ...;
+    // DT_UNKNOWN where the file system does not say).
+    unsigned char type() const { return type_; }
 
   private:
     DIR* dir_;
     bool failed_ = false;
+    unsigned char type_ = 0;
 };
 
 // An open file descriptor, closed when it goes.

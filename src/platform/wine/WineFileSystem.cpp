@@ -258,6 +258,15 @@ bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attribut
 }
 
 std::optional<std::vector<DirEntry>> WineFileSystem::List(std::string_view folder) const {
+    return ListFolder(folder, false);
+}
+
+std::optional<std::vector<DirEntry>> WineFileSystem::ListForSearch(std::string_view folder) const {
+    return ListFolder(folder, true);
+}
+
+std::optional<std::vector<DirEntry>> WineFileSystem::ListFolder(std::string_view folder,
+                                                                bool quick) const {
     auto host = ToHostPath(folder);
     if (!host) return std::nullopt;
     Folder listing(*host);
@@ -266,6 +275,11 @@ std::optional<std::vector<DirEntry>> WineFileSystem::List(std::string_view folde
     struct stat self;
     const dev_t device = ::fstat(listing.fd(), &self) == 0 ? self.st_dev : 0;
     while (const char* name = listing.Next()) {
+        if (quick && listing.type() == DT_REG) {
+            const bool hidden = name[0] == '.';
+            entries.push_back({name, attr::Archive | (hidden ? attr::Hidden : 0u)});
+            continue;
+        }
         struct stat st;
         // Follows links as Windows sees them; a link to nothing is not listed.
         if (::fstatat(listing.fd(), name, &st, 0) != 0) continue;

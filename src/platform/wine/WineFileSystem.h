@@ -39,6 +39,8 @@ class WineFileSystem : public FileSystem {
     std::optional<std::uint32_t> Attributes(std::string_view path) const override;
     bool SetAttributes(std::string_view path, std::uint32_t attributes) override;
     std::optional<std::vector<DirEntry>> List(std::string_view folder) const override;
+    // Regular files are taken from the directory's own record of their kind, without a stat.
+    std::optional<std::vector<DirEntry>> ListForSearch(std::string_view folder) const override;
     std::optional<std::string> ReadAll(std::string_view path) const override;
     bool WriteAll(std::string_view path, std::string_view bytes) override;
     bool Rename(std::string_view from, std::string_view to) override;
@@ -51,6 +53,7 @@ class WineFileSystem : public FileSystem {
 
   private:
     const Drive* FindDrive(char letter) const;
+    std::optional<std::vector<DirEntry>> ListFolder(std::string_view folder, bool quick) const;
 
     std::filesystem::path prefix_;
     std::vector<Drive> drives_;  // in letter order
