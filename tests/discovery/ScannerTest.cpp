@@ -102,9 +102,11 @@ TEST(ScanOnDisk, LinksBackAndTheKernelsFoldersAreNotEntered) {
     std::erase_if(entered, [](const std::string& folder) { return !folder.starts_with("C:"); });
     EXPECT_EQ(entered.size(), 4u) << ::testing::PrintToString(entered);
 
-    for (const auto& entry : files.List("Z:\\").value_or(std::vector<platform::DirEntry>{}))
-        if (entry.name == "proc" || entry.name == "sys")
+    for (const auto& entry : files.List("Z:\\").value_or(std::vector<platform::DirEntry>{})) {
+        if (entry.name == "proc" || entry.name == "sys") {
             EXPECT_TRUE(entry.attributes & platform::attr::System) << entry.name;
+        }
+    }
 }
 
 }  // namespace
