@@ -14,10 +14,6 @@ namespace {
 using platform::MessageButtons;
 using platform::MessageIcon;
 
-bool HasLines(const std::vector<std::string>& lines) {
-    return !lines.empty() && !lines.front().empty() && !lines.back().empty();
-}
-
 bool HoldsMarker(const std::vector<std::string>& lines) {
     for (const std::string& line : lines)
         if (line == recipes::kMissingEntryMarker) return true;
@@ -30,8 +26,8 @@ std::string FindMissingEntry(const recipes::GameRecord& record) {
     const std::string marker(recipes::kMissingEntryMarker);
     if (record.ShortcutParameters.find(marker) != std::string::npos) return marker;
     for (const recipes::CfgEntry& entry : record.CfgFiles)
-        if (HasLines(entry.Lines) && HoldsMarker(entry.Lines)) return marker;
-    if (HasLines(record.Registry) && HoldsMarker(record.Registry)) return marker;
+        if (recipes::HasLines(entry.Lines) && HoldsMarker(entry.Lines)) return marker;
+    if (recipes::HasLines(record.Registry) && HoldsMarker(record.Registry)) return marker;
     return "";
 }
 

@@ -9,10 +9,6 @@ namespace {
 constexpr forms::Colour kWhite = 0xFFFFFF;
 constexpr forms::Colour kButtonFace = 0x8000000F;  // the system's button face colour
 
-bool HasLines(const std::vector<std::string>& lines) {
-    return !lines.empty() && !lines.front().empty() && !lines.back().empty();
-}
-
 // The text behind the first "=" of a line, up to a second one; nullopt for a line without one.
 std::optional<std::string> SecondPiece(const std::string& line) {
     std::vector<std::string> pieces = text::Split(line, "=");
@@ -104,11 +100,11 @@ std::optional<Report> BuildReport(std::string_view mode, const recipes::GameReco
             text += "\r\n\tDesktop Shortcut Icon - Launch Parameter\r\n\r\n" +
                     game.ShortcutParameters + "\r\n";
         for (const recipes::CfgEntry& entry : game.CfgFiles) {
-            if (!HasLines(entry.Lines)) continue;
+            if (!recipes::HasLines(entry.Lines)) continue;
             text += "\r\n\t'" + entry.Path + "'\r\n\r\n";
             for (const std::string& line : entry.Lines) text += line + "\r\n";
         }
-        if (HasLines(game.Registry)) {
+        if (recipes::HasLines(game.Registry)) {
             text += "\r\n\r\n\tGame Registry Files\r\n\r\n";
             for (const std::string& line : game.Registry) text += line + "\r\n";
         }

@@ -108,9 +108,7 @@ void Optimizer::RestoreOriginals() {
         if (forms::ListItem* line = GameLine()) line->ForeColor = gui_.GCNF_Color;
     }
 
-    const auto& registry = Game().Registry;
-    if (!registry.empty() && !registry.front().empty() && !registry.back().empty())
-        SyncRegistry(true);
+    if (recipes::HasLines(Game().Registry)) SyncRegistry(true);
     RemoveDesktopShortcuts();
     services_.profile.SetIniStringValue(RecipePath(), "GAMERES", "RES", gui_.DefaultResolution);
     SetButtonState(gui_.GUI(), button::Restore, 0, false);

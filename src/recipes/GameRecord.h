@@ -43,6 +43,12 @@ struct GameRecord {
 };
 
 // The state the recipe code shares with the optimizer and the main window.
+// Whether a section's lines hold something: a first and a last line that are not empty (a
+// missing or empty section reads as one empty line).
+inline bool HasLines(const std::vector<std::string>& lines) {
+    return !lines.empty() && !lines.front().empty() && !lines.back().empty();
+}
+
 struct RecipeState {
     GameRecord CurrentGame;         // the game in hand; callers replace it whole
     std::int16_t RegistryView = 0;  // non-zero: the 64-bit view of the registry
