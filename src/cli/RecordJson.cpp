@@ -21,8 +21,9 @@ nlohmann::ordered_json Lines(const std::vector<std::string>& lines) {
 nlohmann::ordered_json RecordJson(const recipes::GameRecord& game) {
     auto files = nlohmann::ordered_json::array();
     for (const recipes::CfgEntry& entry : game.CfgFiles)
-        files.push_back(
-            {{"Path", Text(entry.Path)}, {"Kind", Text(entry.Kind)}, {"Lines", Lines(entry.Lines)}});
+        files.push_back({{"Path", Text(entry.Path)},
+                         {"Kind", Text(entry.Kind)},
+                         {"Lines", Lines(entry.Lines)}});
     return {
         {"Undetectable", game.Undetectable},
         {"NativeSupport", game.NativeSupport},

@@ -31,6 +31,8 @@ class Session {
     services::cRegistry& registry() { return registry_; }
     recipes::RecipeState& recipeState() { return recipeState_; }
     recipes::RecipeReader& reader() { return reader_; }
+    ConsolePrompts& prompts() { return prompts_; }
+    platform::WineMachine& wine() { return wine_; }
     // The program folder as the machine names it, without a trailing backslash.
     const std::string& programFolder() const { return programFolder_; }
     std::string modsFolder() const { return programFolder_ + "\\MODS"; }

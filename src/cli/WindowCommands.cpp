@@ -1,0 +1,229 @@
+#include "cli/WindowCommands.h"
+
+#include <chrono>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+#include "platform/WindowsPath.h"
+#include "recipes/BlankRecipe.h"
+#include "text/CodePage.h"
+
+namespace optera::cli {
+
+namespace {
+
+std::string Utf8(std::string_view text) {
+    return text::Utf8FromCodePage(text);
+}
+
+std::string GameNames(Window& window) {
+    std::string names;
+    for (const forms::ListItem& line : window.gui().GameList().Items())
+        names += (names.empty() ? "" : ", ") + line.Text;
+    return names;
+}
+
+// Selects the game, and the resolution when one is asked for; 0, or the exit code of a usage
+// error (already reported).
+int Choose(Window& window, const GameChoice& choice, std::ostream& err) {
+    int line = window.LineOf(choice.game);
+    if (line == 0) {
+        // A game the detected view leaves out is still a game: look in the full list.
+        window.gui().ShowAllGames = true;
+        window.logic().FillGameList();
+        line = window.LineOf(choice.game);
+    }
+    if (line == 0) {
+        err << "optera-cli: there is no game \"" << choice.game
+            << "\"; the games are: " << Utf8(GameNames(window)) << '\n';
+        return 2;
+    }
+    window.Select(line);
+    if (choice.resolution.empty()) return 0;
+    if (!window.SelectResolution(choice.resolution)) {
+        std::string offered;
+        for (const forms::ListItem& row : window.gui().ResListBox().Items())
+            offered += (offered.empty() ? "" : ", ") + row.Text;
+        err << "optera-cli: " << choice.resolution << " is not offered for \"" << choice.game
+            << "\"; offered: " << (offered.empty() ? "none" : offered) << '\n';
+        return 2;
+    }
+    return 0;
+}
+
+std::string Status(Window& window) {
+    return window.gui().StatusLbl().Caption();
+}
+
+}  // namespace
+
+int ListGames(Window& window, std::optional<bool> all, bool json, std::ostream& out) {
+    if (all) {
+        window.gui().ShowAllGames = *all;
+        window.logic().FillGameList();
+    }
+    nlohmann::ordered_json lines = nlohmann::ordered_json::array();
+    for (const forms::ListItem& line : window.gui().GameList().Items()) {
+        if (json)
+            lines.push_back({{"name", Utf8(line.Text)}, {"status", window.StatusOf(line)}});
+        else
+            out << Utf8(line.Text) << '\t' << window.StatusOf(line) << '\n';
+    }
+    if (json) out << lines.dump(2) << '\n';
+    return 0;
+}
+
+int SelectGameCommand(Window& window, const GameChoice& choice, bool json, std::ostream& out,
+                      std::ostream& err) {
+    if (int usage = Choose(window, choice, err)) return usage;
+    mainwindow::MainWindow& gui = window.gui();
+    const forms::ListItem* line = gui.GameList().SelectedItem();
+    nlohmann::ordered_json state;
+    state["game"] = Utf8(line->Text);
+    state["status"] = Status(window);
+    state["path"] = Utf8(gui.PathLbl().Caption());
+    state["colour"] = line->ForeColor;
+    state["checked"] = line->Checked;
+    state["bold"] = line->Bold;
+    state["buttons"] = nlohmann::ordered_json::array();
+    for (int i = 0; i < mainwindow::button::Count; ++i)
+        state["buttons"].push_back({{"index", i},
+                                    {"enabled", gui.BtnImageBox(i).Enabled()},
+                                    {"visible", gui.BtnImageBox(i).Visible()}});
+    state["resolutions"] = nlohmann::ordered_json::array();
+    std::string selected;
+    for (const forms::ListItem& row : gui.ResListBox().Items()) {
+        state["resolutions"].push_back(row.Text);
+        if (row.Selected) selected = row.Text;
+    }
+    state["selected_resolution"] = gui.ResListBox().Visible() ? selected : "";
+    if (json) {
+        out << state.dump(2) << '\n';
+        return 0;
+    }
+    for (const auto& [key, value] : state.items())
+        out << key << ": " << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+    return 0;
+}
+
+int DetailsCommand(Window& window, const GameChoice& choice, std::ostream& out, std::ostream& err) {
+    if (int usage = Choose(window, choice, err)) return usage;
+    auto report = mainwindow::BuildReport("Modify", window.logic().state().CurrentGame,
+                                          window.gui().NativeMessages);
+    out << Utf8(report->text);
+    return 0;
+}
+
+int HowToText(Window& window, const std::string& game, std::ostream& out, std::ostream& err) {
+    if (int usage = Choose(window, {game, ""}, err)) return usage;
+    window.logic().HowToCommand();
+    out << Utf8(window.logic().report().Text1().Text());
+    return 0;
+}
+
+int ResolutionsCommand(Window& window, const std::string& game, bool json, std::ostream& out,
+                       std::ostream& err) {
+    nlohmann::ordered_json result;
+    if (game.empty()) {
+        result["resolutions"] = window.gui().Resolutions;
+        result["default"] = window.gui().DefaultResolution;
+    } else {
+        if (int usage = Choose(window, {game, ""}, err)) return usage;
+        std::vector<std::string> rows;
+        std::string selected;
+        for (const forms::ListItem& row : window.gui().ResListBox().Items()) {
+            rows.push_back(row.Text);
+            if (row.Selected) selected = row.Text;
+        }
+        result["resolutions"] = rows;
+        result["selected_resolution"] = selected;
+    }
+    if (json) {
+        out << result.dump(2) << '\n';
+        return 0;
+    }
+    for (const auto& row : result["resolutions"]) out << row.get<std::string>() << '\n';
+    return 0;
+}
+
+int OptimizeGame(Window& window, const GameChoice& choice, std::ostream& out, std::ostream& err) {
+    if (int usage = Choose(window, choice, err)) return usage;
+    window.dialogs().confirmed = false;
+    window.logic().RunCommand(mainwindow::button::Optimize);
+    out << Status(window) << '\n';
+    return window.dialogs().confirmed ? 0 : 1;
+}
+
+int RestoreGame(Window& window, Session& session, const std::string& game, std::ostream& out,
+                std::ostream& err) {
+    if (int usage = Choose(window, {game, ""}, err)) return usage;
+    session.prompts().lastAnswer.reset();
+    window.logic().RunCommand(mainwindow::button::Restore);
+    out << Status(window) << '\n';
+    return session.prompts().lastAnswer == platform::MessageAnswer::Yes ? 0 : 1;
+}
+
+int LocateGameCommand(Window& window, Session& session, const std::string& game,
+                      const std::string& exe, std::ostream& out, std::ostream& err) {
+    if (int usage = Choose(window, {game, ""}, err)) return usage;
+    std::string windows = exe;
+    if (!exe.empty() && exe.front() == '/') {
+        auto mapped = session.wine().files().ToWindowsPath(exe);
+        if (!mapped) {
+            err << "optera-cli: " << exe << " is on no drive of the prefix\n";
+            return 2;
+        }
+        windows = *mapped;
+    }
+    // The dialog opens only for a game whose place is not known.
+    window.gui().PathLbl().SetCaption("");
+    session.prompts().chosenFile = windows;
+    window.logic().RunCommand(mainwindow::button::Browse);
+    out << Status(window) << '\n';
+    const std::string userLoc = window.logic().state().CurrentGame.UserLoc;
+    return text::EqualsNoCase(userLoc, windows) ? 0 : 1;
+}
+
+int UncheckGame(Window& window, const std::string& game, std::ostream& out, std::ostream& err) {
+    if (int usage = Choose(window, {game, ""}, err)) return usage;
+    window.gui().GameList().UserChecks(window.gui().GameList().SelectedItem()->Index);
+    out << Status(window) << '\n';
+    return 0;
+}
+
+int SearchGame(Window& window, const std::string& game, std::ostream& out, std::ostream& err) {
+    if (int usage = Choose(window, {game, ""}, err)) return usage;
+    discovery::Scanner& scanner = window.logic().scanner();
+    auto last = std::chrono::steady_clock::now() - std::chrono::seconds(1);
+    scanner.Form().onChange = [&](forms::Control& control, std::string_view property) {
+        if (control.Name() != "Label2" || property != "Caption") return;
+        auto now = std::chrono::steady_clock::now();
+        if (now - last < std::chrono::milliseconds(250)) return;
+        last = now;
+        err << "Searching " << Utf8(control.Caption()) << '\n';
+    };
+    window.logic().RunCommand(mainwindow::button::Search);
+    scanner.Form().onChange = nullptr;
+    const std::string found = window.gui().PathLbl().Caption();
+    out << Status(window) << '\n';
+    return window.gui().BtnImageBox(mainwindow::button::Search).Enabled() || found.empty() ? 1 : 0;
+}
+
+int NewRecipe(Window& window, Session& session, bool openEditor, std::ostream& out) {
+    const std::string path = platform::JoinPath(session.programFolder(), "MODS\\_BLANK.txt");
+    if (openEditor) {
+        window.logic().NewBlankRecipe();
+    } else {
+        platform::FileSystem& files = session.wine().files();
+        if (auto attributes = files.Attributes(path)) {
+            files.SetAttributes(path, *attributes & ~platform::attr::ReadOnly);
+            files.Remove(path);
+        }
+        recipes::WriteBlankRecipe(files, path, window.gui().DefaultResolution,
+                                  window.gui().Resolutions);
+    }
+    out << session.HostPathOf(path) << '\n';
+    return 0;
+}
+
+}  // namespace optera::cli
