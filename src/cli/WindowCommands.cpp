@@ -101,8 +101,22 @@ int SelectGameCommand(Window& window, const GameChoice& choice, bool json, std::
         out << state.dump(2) << '\n';
         return 0;
     }
-    for (const auto& [key, value] : state.items())
-        out << key << ": " << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+    static const char* kNames[] = {"Optimize", "Restore", "Browse",   "Search",
+                                   "View",     "How-To",  "VisitWeb", "Close"};
+    out << "status: " << Status(window) << "\npath: " << state["path"].get<std::string>()
+        << "\ncolour: " << line->ForeColor << (line->Checked ? ", checked" : "")
+        << (line->Bold ? ", bold" : "") << "\nbuttons:";
+    for (int i = 0; i < mainwindow::button::Count; ++i) {
+        const forms::Control& image = gui.BtnImageBox(i);
+        out << ' ' << kNames[i] << '='
+            << (!image.Visible()  ? "hidden"
+                : image.Enabled() ? "enabled"
+                                  : "disabled");
+    }
+    out << "\nresolutions:";
+    for (const forms::ListItem& row : gui.ResListBox().Items())
+        out << ' ' << (row.Selected ? "[" + row.Text + "]" : row.Text);
+    out << '\n';
     return 0;
 }
 
