@@ -68,7 +68,11 @@ struct VirtualScreen {
                      "tcp", static_cast<char*>(nullptr));
             ::_exit(127);
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(700));
+        // Ready once its socket is there, and a moment later for its extensions.
+        const std::string socket = "/tmp/.X11-unix/X" + name.substr(1);
+        for (int tries = 0; tries < 50 && ::access(socket.c_str(), F_OK) != 0; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
     }
     ~VirtualScreen() {
         if (pid > 0) {
