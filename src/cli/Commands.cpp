@@ -71,7 +71,7 @@ int ExpandRecipe(Session& session, std::string_view game, std::string_view resol
     if (!recipe) {
         err << "optera-cli: there is no recipe for \"" << game << "\" in "
             << session.HostPathOf(session.modsFolder()) << '\n';
-        return 1;
+        return 2;
     }
     std::vector<std::string> wanted = sections;
     if (wanted.empty()) {

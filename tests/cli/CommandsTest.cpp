@@ -71,7 +71,7 @@ TEST_F(CliCommands, ExpandsARecipeForAResolution) {
 
 TEST_F(CliCommands, RefusesWhatItCannotUse) {
     EXPECT_EQ(cli::ExpandRecipe(*session, "Sample Racer", "wide", {}, out, err), 2);
-    EXPECT_EQ(cli::ExpandRecipe(*session, "No Such Game", "3840x1024", {}, out, err), 1);
+    EXPECT_EQ(cli::ExpandRecipe(*session, "No Such Game", "3840x1024", {}, out, err), 2);
     EXPECT_NE(err.str().find("no recipe for \"No Such Game\""), std::string::npos);
     EXPECT_FALSE(cli::ParseResolution("3840x"));
     EXPECT_FALSE(cli::ParseResolution("40000x1024")) << "beyond a 16-bit width";
