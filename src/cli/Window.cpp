@@ -1,5 +1,6 @@
 #include "cli/Window.h"
 
+#include "discovery/GameStatus.h"
 #include "platform/WindowsPath.h"
 #include "text/NoCase.h"
 #include "text/Number.h"
@@ -90,15 +91,7 @@ bool Window::SelectResolution(std::string_view resolution) {
 }
 
 std::string Window::StatusOf(const forms::ListItem& line) {
-    const std::pair<forms::Colour, const char*> classes[] = {
-        {gui_.GO_Color, "Game has been optimized"},
-        {gui_.GCNF_Color, "Game CFG file not found"},
-        {gui_.GNO_Color, "Game not optimized yet"},
-        {gui_.GND_Color, "Game not detected"},
-        {gui_.GHNTS_Color, "Game has native support"}};
-    for (const auto& [colour, status] : classes)
-        if (line.ForeColor == colour) return status;
-    return "";
+    return discovery::StatusTextOf(gui_, line.ForeColor);
 }
 
 }  // namespace optera::cli

@@ -5,7 +5,6 @@
 #include <ostream>
 
 #include "platform/WindowsPath.h"
-#include "recipes/BlankRecipe.h"
 #include "text/CodePage.h"
 
 namespace optera::cli {
@@ -218,24 +217,17 @@ int SearchGame(Window& window, const std::string& game, std::ostream& out, std::
     };
     window.logic().RunCommand(mainwindow::button::Search);
     scanner.Form().onChange = nullptr;
-    const std::string found = window.gui().PathLbl().Caption();
     out << Status(window) << '\n';
-    return window.gui().BtnImageBox(mainwindow::button::Search).Enabled() || found.empty() ? 1 : 0;
+    // Nothing found (or cancelled) leaves the Search button ready for another try.
+    return window.gui().BtnImageBox(mainwindow::button::Search).Enabled() ? 1 : 0;
 }
 
 int NewRecipe(Window& window, Session& session, bool openEditor, std::ostream& out) {
     const std::string path = platform::JoinPath(session.programFolder(), "MODS\\_BLANK.txt");
-    if (openEditor) {
+    if (openEditor)
         window.logic().NewBlankRecipe();
-    } else {
-        platform::FileSystem& files = session.wine().files();
-        if (auto attributes = files.Attributes(path)) {
-            files.SetAttributes(path, *attributes & ~platform::attr::ReadOnly);
-            files.Remove(path);
-        }
-        recipes::WriteBlankRecipe(files, path, window.gui().DefaultResolution,
-                                  window.gui().Resolutions);
-    }
+    else
+        window.logic().RewriteBlankRecipe();
     out << session.HostPathOf(path) << '\n';
     return 0;
 }

@@ -139,21 +139,24 @@ void ShowLocated(MainWindow& gui, const platform::FileSystem& files,
 // The status label takes the colour of the line and the text of the first class of that colour.
 void ShowStatusText(MainWindow& gui, const forms::ListItem* line) {
     if (!line) return;
+    std::string caption = StatusTextOf(gui, line->ForeColor);
+    if (caption.empty()) return;
+    gui.StatusLbl().SetBackColor(line->ForeColor);
+    gui.StatusLbl().SetCaption(caption);
+}
+
+}  // namespace
+
+std::string StatusTextOf(const MainWindow& gui, forms::Colour colour) {
     const std::pair<forms::Colour, const char*> classes[] = {
         {gui.GO_Color, "Game has been optimized"},    {gui.GCNF_Color, "Game CFG file not found"},
         {gui.GNO_Color, "Game not optimized yet"},    {gui.GND_Color, "Game not detected"},
         {gui.GHNTS_Color, "Game has native support"},
     };
-    for (const auto& [colour, caption] : classes) {
-        if (line->ForeColor == colour) {
-            gui.StatusLbl().SetBackColor(colour);
-            gui.StatusLbl().SetCaption(caption);
-            return;
-        }
-    }
+    for (const auto& [classColour, caption] : classes)
+        if (colour == classColour) return caption;
+    return "";
 }
-
-}  // namespace
 
 void UpdateGameStatus(MainWindow& gui, const platform::FileSystem& files,
                       const recipes::GameRecord& game, std::int16_t index) {

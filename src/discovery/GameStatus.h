@@ -37,6 +37,10 @@ std::string ListClass(const platform::FileSystem& files, const recipes::GameReco
 // class: the line's colour, check mark and bold face, the path label's colour, the status
 // label's colour and text, which buttons are enabled and shown, and whether the resolution list
 // is shown. `game` must be the record of that very line.
+// The status text of the first class whose skin colour is `colour`, in the order optimized,
+// configuration file missing, not optimized, not detected, native support; "" for none.
+std::string StatusTextOf(const mainwindow::MainWindow& gui, forms::Colour colour);
+
 void UpdateGameStatus(mainwindow::MainWindow& gui, const platform::FileSystem& files,
                       const recipes::GameRecord& game, std::int16_t index);
 

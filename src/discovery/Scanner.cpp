@@ -75,19 +75,16 @@ void Scanner::ScanFolder(const std::string& folder) {
     // covers every name, and the folder already entered is passed over.
     std::size_t first = entries.size();
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        const bool found =
-            IsPlainFolder(entries[i]) && text::MatchesWildcard(entries[i].name, "*.");
-        if (found) {
+        if (!text::MatchesWildcard(entries[i].name, "*.")) continue;
+        if (IsPlainFolder(entries[i])) {
             first = i;
             break;
         }
-        if (!text::MatchesWildcard(entries[i].name, "*.")) continue;
         if (Interrupted()) break;
     }
     if (first < entries.size()) {
-        bool stop = false;
         if (FirstVisit(entries[first])) ScanFolder(folder + entries[first].name + "\\");
-        stop = Interrupted();
+        bool stop = Interrupted();
         for (std::size_t i = 0; i < entries.size() && !stop; ++i) {
             if (i != first && IsPlainFolder(entries[i]) && FirstVisit(entries[i]))
                 ScanFolder(folder + entries[i].name + "\\");

@@ -57,8 +57,7 @@ void PrepareConfirm(ConfirmDialog& dialog, const recipes::GameRecord& game, doub
         dialog.Text1().SetVisible(false);
     }
     forms::Control& note = dialog.Label2(1);
-    note.SetCaption("Please Note: " + game.Msg1);
-    if (game.Msg1.empty()) note.SetCaption("");
+    note.SetCaption(game.Msg1.empty() ? std::string() : "Please Note: " + game.Msg1);
     note.SetBackColor(game.Msg1.empty() ? kButtonFace : kWhite);
 
     const double c = game.LatestPatchReq.size() > 65 ? game.LatestPatchReq.size() : 65;

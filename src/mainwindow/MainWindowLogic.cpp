@@ -103,17 +103,18 @@ void MainWindowLogic::OpenInTextEditor(std::string_view path) {
     services_.machine.shell.Start(windir + "\\system32\\notepad.exe", path);
 }
 
-void MainWindowLogic::NewBlankRecipe() {
+std::string MainWindowLogic::RewriteBlankRecipe() {
     platform::FileSystem& files = services_.machine.files;
     const std::string path = platform::JoinPath(services_.programFolder, "MODS\\_BLANK.txt");
-    // The template is never kept: it is written anew with the resolutions of now.
-    if (auto attributes = files.Attributes(path)) {
-        if (*attributes & platform::attr::ReadOnly)
-            files.SetAttributes(path, *attributes & ~platform::attr::ReadOnly);
-        files.Remove(path);
-    }
+    // The template is never kept: it is written anew with the resolutions of now. Removal
+    // takes it whatever its read-only mark.
+    files.Remove(path);
     recipes::WriteBlankRecipe(files, path, gui_.DefaultResolution, gui_.Resolutions);
-    OpenInTextEditor("\"" + path + "\"");
+    return path;
+}
+
+void MainWindowLogic::NewBlankRecipe() {
+    OpenInTextEditor("\"" + RewriteBlankRecipe() + "\"");
     FillGameList();
     gui_.GameList().Select(1);
     if (const forms::ListItem* first = gui_.GameList().Item(1))

@@ -93,6 +93,8 @@ class MainWindowLogic {
 
     // The blank recipe, written anew and opened.
     void NewBlankRecipe();
+    // Writes MODS\_BLANK.txt anew with the resolutions of now; its Windows path.
+    std::string RewriteBlankRecipe();
     void OpenInTextEditor(std::string_view path);
     bool ShellOpen(std::string_view path);
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "NoDialogs.h"
 #include "mainwindow/Dialogs.h"
 #include "mainwindow/MainWindowLogic.h"
 #include "platform/fake/FakeMachine.h"
@@ -63,10 +64,7 @@ TEST(Report, ShowsOnlyWhatWillBeDone) {
     EXPECT_EQ(mainwindow::BuildReport("Other", game, {""}), std::nullopt);
 }
 
-class NoDialogs : public mainwindow::ModalHost {
-  public:
-    void ShowModal(forms::Form& dialog) override { dialog.SetVisible(false); }
-};
+using optera::testing::NoDialogs;
 
 TEST(BlankRecipe, IsWrittenAnewReadOnlyAndOpened) {
     const std::string text = recipes::BlankRecipeText("3840x1024", {"3840x1024", "5120x1024"});

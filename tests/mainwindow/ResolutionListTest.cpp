@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "NoDialogs.h"
 #include "mainwindow/MainWindowLogic.h"
 #include "platform/fake/FakeMachine.h"
 #include "platform/fake/ScriptedPrompts.h"
@@ -14,10 +15,7 @@ namespace {
 
 using Rows_ = std::vector<std::string>;
 
-class NoDialogs : public mainwindow::ModalHost {
-  public:
-    void ShowModal(forms::Form& dialog) override { dialog.SetVisible(false); }
-};
+using optera::testing::NoDialogs;
 
 class ResolutionList : public ::testing::Test {
   protected:
