@@ -54,6 +54,10 @@ class FileSystem {
 
     // The drives of the machine in letter order.
     virtual std::vector<DriveInfo> Drives() const = 0;
+
+    // Why the last call that failed did so, in plain words for the user ("the disk is full",
+    // "permission denied"); "" when the implementation cannot tell.
+    virtual std::string LastError() const { return {}; }
 };
 
 // True when a file (not a folder) is at the path.
