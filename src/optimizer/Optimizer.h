@@ -12,6 +12,7 @@
 
 #include "mainwindow/model/MainWindow.h"
 #include "optimizer/RegistryFiles.h"
+#include "optimizer/RunReport.h"
 #include "platform/Machine.h"
 #include "platform/Prompts.h"
 #include "recipes/GameRecord.h"
@@ -56,6 +57,9 @@ class Optimizer {
     // runs in the prefix), says why in one box and gives false. Nothing is changed either way.
     bool CheckRegistryWritable();
 
+    // What the last optimization or restore could not do; empty when it did everything.
+    const RunReport& LastReport() const { return report_; }
+
   private:
     const recipes::GameRecord& Game() const { return recipes_.CurrentGame; }
     std::string RecipePath() const;
@@ -66,6 +70,7 @@ class Optimizer {
     OptimizerServices services_;
     recipes::RecipeState& recipes_;
     mainwindow::MainWindow& gui_;
+    RunReport report_;
 };
 
 }  // namespace optera::optimizer
