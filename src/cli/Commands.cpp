@@ -1,6 +1,7 @@
 #include "cli/Commands.h"
 
 #include "cli/RecordJson.h"
+#include "cli/TerminalText.h"
 
 #include <ostream>
 
@@ -56,7 +57,7 @@ std::optional<std::string> FindRecipe(Session& session, std::string_view game) {
 }
 
 int ListRecipes(Session& session, std::ostream& out) {
-    for (const std::string& name : RecipeNames(session)) out << name << '\n';
+    for (const std::string& name : RecipeNames(session)) out << Utf8(name) << '\n';
     return 0;
 }
 
@@ -64,12 +65,13 @@ int ExpandRecipe(Session& session, std::string_view game, std::string_view resol
                  const std::vector<std::string>& sections, std::ostream& out, std::ostream& err) {
     auto selected = ParseResolution(resolution);
     if (!selected) {
-        err << "optera-cli: \"" << resolution << "\" is no resolution; write it as 3840x1024\n";
+        err << "optera-cli: \"" << Utf8(resolution)
+            << "\" is no resolution; write it as 3840x1024\n";
         return 2;
     }
     auto recipe = FindRecipe(session, game);
     if (!recipe) {
-        err << "optera-cli: there is no recipe for \"" << game << "\" in "
+        err << "optera-cli: there is no recipe for \"" << Utf8(game) << "\" in "
             << session.HostPathOf(session.modsFolder()) << '\n';
         return 2;
     }
@@ -83,12 +85,12 @@ int ExpandRecipe(Session& session, std::string_view game, std::string_view resol
     for (const std::string& section : wanted) {
         auto lines = session.profile().GetIniSection(*recipe, section);
         if (!lines) {
-            err << "optera-cli: section [" << section << "] is too long to read\n";
+            err << "optera-cli: section [" << Utf8(section) << "] is too long to read\n";
             return 1;
         }
-        out << '[' << section << "]\n";
+        out << '[' << Utf8(section) << "]\n";
         for (const std::string& line : expander.ExpandLines(*lines, *recipe))
-            if (!line.empty()) out << line << '\n';
+            if (!line.empty()) out << Utf8(line) << '\n';
     }
     return 0;
 }
@@ -97,7 +99,7 @@ int ShowGame(Session& session, std::string_view game, std::string_view resolutio
              std::ostream& out, std::ostream& err) {
     auto recipe = FindRecipe(session, game);
     if (!recipe) {
-        err << "optera-cli: there is no recipe for \"" << game << "\" in "
+        err << "optera-cli: there is no recipe for \"" << Utf8(game) << "\" in "
             << session.HostPathOf(session.modsFolder()) << '\n';
         return 2;
     }
@@ -105,7 +107,8 @@ int ShowGame(Session& session, std::string_view game, std::string_view resolutio
     std::string_view wanted = resolution.empty() ? std::string_view(applied) : resolution;
     auto selected = ParseResolution(wanted);
     if (!selected && !resolution.empty()) {
-        err << "optera-cli: \"" << resolution << "\" is no resolution; write it as 3840x1024\n";
+        err << "optera-cli: \"" << Utf8(resolution)
+            << "\" is no resolution; write it as 3840x1024\n";
         return 2;
     }
     session.recipeState().Selected = selected.value_or(recipes::SelectedResolution{});
@@ -113,17 +116,18 @@ int ShowGame(Session& session, std::string_view game, std::string_view resolutio
     recipes::GameRecord record = session.reader().ReadRecipe(name);
     nlohmann::ordered_json fields = RecordJson(record);
     if (json) {
-        out << fields.dump(2) << '\n';
+        out << JsonText(fields) << '\n';
         return 0;
     }
     for (const auto& [key, value] : fields.items())
-        out << key << ": " << (value.is_string() ? value.get<std::string>() : value.dump()) << '\n';
+        out << key << ": "
+            << (value.is_string() ? Utf8(value.get<std::string>()) : JsonText(value, -1)) << '\n';
     return 0;
 }
 
 int ExpandPath(Session& session, std::string_view textIn, std::ostream& out) {
     std::string expanded = discovery::ExpandPercentForms(textIn, session.machine());
-    out << expanded << '\n';
+    out << Utf8(expanded) << '\n';
     std::string host = session.HostPathOf(expanded);
     if (!host.empty()) out << host << '\n';
     return 0;

@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
-#include "text/CodePage.h"
+#include "cli/TerminalText.h"
 
 namespace optera::cli {
 
@@ -39,11 +39,6 @@ const char* AnswerName(MessageAnswer answer) {
         default:
             return "ok";
     }
-}
-
-// Texts are code-page bytes; the terminal and JSON want UTF-8.
-std::string Utf8(const std::string& text) {
-    return text::Utf8FromCodePage(text);
 }
 
 }  // namespace

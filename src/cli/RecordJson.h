@@ -1,6 +1,6 @@
 #pragma once
-// A game record as JSON, its keys named as the record's fields; texts converted from the code
-// page to UTF-8.
+// A game record as JSON, its keys named as the record's fields; texts as the program holds them
+// (write it out through JsonText).
 
 #include <nlohmann/json.hpp>
 

@@ -4,16 +4,12 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "cli/TerminalText.h"
 #include "platform/WindowsPath.h"
-#include "text/CodePage.h"
 
 namespace optera::cli {
 
 namespace {
-
-std::string Utf8(std::string_view text) {
-    return text::Utf8FromCodePage(text);
-}
 
 std::string GameNames(Window& window) {
     std::string names;
@@ -33,7 +29,7 @@ int Choose(Window& window, const GameChoice& choice, std::ostream& err) {
         line = window.LineOf(choice.game);
     }
     if (line == 0) {
-        err << "optera-cli: there is no game \"" << choice.game
+        err << "optera-cli: there is no game \"" << Utf8(choice.game)
             << "\"; the games are: " << Utf8(GameNames(window)) << '\n';
         return 2;
     }
@@ -43,8 +39,9 @@ int Choose(Window& window, const GameChoice& choice, std::ostream& err) {
         std::string offered;
         for (const forms::ListItem& row : window.gui().ResListBox().Items())
             offered += (offered.empty() ? "" : ", ") + row.Text;
-        err << "optera-cli: " << choice.resolution << " is not offered for \"" << choice.game
-            << "\"; offered: " << (offered.empty() ? "none" : offered) << '\n';
+        err << "optera-cli: " << Utf8(choice.resolution) << " is not offered for \""
+            << Utf8(choice.game) << "\"; offered: " << (offered.empty() ? "none" : Utf8(offered))
+            << '\n';
         return 2;
     }
     return 0;
@@ -64,11 +61,11 @@ int ListGames(Window& window, std::optional<bool> all, bool json, std::ostream& 
     nlohmann::ordered_json lines = nlohmann::ordered_json::array();
     for (const forms::ListItem& line : window.gui().GameList().Items()) {
         if (json)
-            lines.push_back({{"name", Utf8(line.Text)}, {"status", window.StatusOf(line)}});
+            lines.push_back({{"name", line.Text}, {"status", window.StatusOf(line)}});
         else
-            out << Utf8(line.Text) << '\t' << window.StatusOf(line) << '\n';
+            out << Utf8(line.Text) << '\t' << Utf8(window.StatusOf(line)) << '\n';
     }
-    if (json) out << lines.dump(2) << '\n';
+    if (json) out << JsonText(lines) << '\n';
     return 0;
 }
 
@@ -78,9 +75,9 @@ int SelectGameCommand(Window& window, const GameChoice& choice, bool json, std::
     mainwindow::MainWindow& gui = window.gui();
     const forms::ListItem* line = gui.GameList().SelectedItem();
     nlohmann::ordered_json state;
-    state["game"] = Utf8(line->Text);
+    state["game"] = line->Text;
     state["status"] = Status(window);
-    state["path"] = Utf8(gui.PathLbl().Caption());
+    state["path"] = gui.PathLbl().Caption();
     state["colour"] = line->ForeColor;
     state["checked"] = line->Checked;
     state["bold"] = line->Bold;
@@ -97,12 +94,12 @@ int SelectGameCommand(Window& window, const GameChoice& choice, bool json, std::
     }
     state["selected_resolution"] = gui.ResListBox().Visible() ? selected : "";
     if (json) {
-        out << state.dump(2) << '\n';
+        out << JsonText(state) << '\n';
         return 0;
     }
     static const char* kNames[] = {"Optimize", "Restore", "Browse",   "Search",
                                    "View",     "How-To",  "VisitWeb", "Close"};
-    out << "status: " << Status(window) << "\npath: " << state["path"].get<std::string>()
+    out << "status: " << Utf8(Status(window)) << "\npath: " << Utf8(gui.PathLbl().Caption())
         << "\ncolour: " << line->ForeColor << (line->Checked ? ", checked" : "")
         << (line->Bold ? ", bold" : "") << "\nbuttons:";
     for (int i = 0; i < mainwindow::button::Count; ++i) {
@@ -114,7 +111,7 @@ int SelectGameCommand(Window& window, const GameChoice& choice, bool json, std::
     }
     out << "\nresolutions:";
     for (const forms::ListItem& row : gui.ResListBox().Items())
-        out << ' ' << (row.Selected ? "[" + row.Text + "]" : row.Text);
+        out << ' ' << Utf8(row.Selected ? "[" + row.Text + "]" : row.Text);
     out << '\n';
     return 0;
 }
@@ -152,10 +149,10 @@ int ResolutionsCommand(Window& window, const std::string& game, bool json, std::
         result["selected_resolution"] = selected;
     }
     if (json) {
-        out << result.dump(2) << '\n';
+        out << JsonText(result) << '\n';
         return 0;
     }
-    for (const auto& row : result["resolutions"]) out << row.get<std::string>() << '\n';
+    for (const auto& row : result["resolutions"]) out << Utf8(row.get<std::string>()) << '\n';
     return 0;
 }
 
@@ -163,7 +160,7 @@ int OptimizeGame(Window& window, const GameChoice& choice, std::ostream& out, st
     if (int usage = Choose(window, choice, err)) return usage;
     window.dialogs().confirmed = false;
     window.logic().RunCommand(mainwindow::button::Optimize);
-    out << Status(window) << '\n';
+    out << Utf8(Status(window)) << '\n';
     return window.dialogs().confirmed ? 0 : 1;
 }
 
@@ -172,7 +169,7 @@ int RestoreGame(Window& window, Session& session, const std::string& game, std::
     if (int usage = Choose(window, {game, ""}, err)) return usage;
     session.prompts().lastAnswer.reset();
     window.logic().RunCommand(mainwindow::button::Restore);
-    out << Status(window) << '\n';
+    out << Utf8(Status(window)) << '\n';
     return session.prompts().lastAnswer == platform::MessageAnswer::Yes ? 0 : 1;
 }
 
@@ -183,7 +180,7 @@ int LocateGameCommand(Window& window, Session& session, const std::string& game,
     if (!exe.empty() && exe.front() == '/') {
         auto mapped = session.wine().files().ToWindowsPath(exe);
         if (!mapped) {
-            err << "optera-cli: " << exe << " is on no drive of the prefix\n";
+            err << "optera-cli: " << Utf8(exe) << " is on no drive of the prefix\n";
             return 2;
         }
         windows = *mapped;
@@ -192,7 +189,7 @@ int LocateGameCommand(Window& window, Session& session, const std::string& game,
     window.gui().PathLbl().SetCaption("");
     session.prompts().chosenFile = windows;
     window.logic().RunCommand(mainwindow::button::Browse);
-    out << Status(window) << '\n';
+    out << Utf8(Status(window)) << '\n';
     const std::string userLoc = window.logic().state().CurrentGame.UserLoc;
     return text::EqualsNoCase(userLoc, windows) ? 0 : 1;
 }
@@ -200,7 +197,7 @@ int LocateGameCommand(Window& window, Session& session, const std::string& game,
 int UncheckGame(Window& window, const std::string& game, std::ostream& out, std::ostream& err) {
     if (int usage = Choose(window, {game, ""}, err)) return usage;
     window.gui().GameList().UserChecks(window.gui().GameList().SelectedItem()->Index);
-    out << Status(window) << '\n';
+    out << Utf8(Status(window)) << '\n';
     return 0;
 }
 
@@ -217,7 +214,7 @@ int SearchGame(Window& window, const std::string& game, std::ostream& out, std::
     };
     window.logic().RunCommand(mainwindow::button::Search);
     scanner.Form().onChange = nullptr;
-    out << Status(window) << '\n';
+    out << Utf8(Status(window)) << '\n';
     // Nothing found (or cancelled) leaves the Search button ready for another try.
     return window.gui().BtnImageBox(mainwindow::button::Search).Enabled() ? 1 : 0;
 }

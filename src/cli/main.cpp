@@ -5,6 +5,7 @@
 #include <iostream>
 
 #include "cli/Commands.h"
+#include "cli/TerminalText.h"
 #include "cli/WindowCommands.h"
 
 namespace {
@@ -95,6 +96,12 @@ int main(int argc, char** argv) {
         int code = app.exit(e);
         return code == 0 ? 0 : 2;
     }
+
+    // Names and texts from the terminal become program text; a host path stays as the host
+    // names it.
+    for (std::string* argument : {&game, &resolution, &text}) *argument = FromTerminal(*argument);
+    for (std::string& section : sections) section = FromTerminal(section);
+    if (!exe.empty() && exe.front() != '/') exe = FromTerminal(exe);
 
     std::string error;
     auto session = Session::Open(options, error);

@@ -194,4 +194,18 @@ TEST_F(Cli, WrongUseSaysWhatIsWrongAndWhatWouldBeRight) {
     EXPECT_NE(noSkin.err.find("there is no skin"), std::string::npos);
 }
 
+// The program keeps its text in the 8-bit code page; the terminal and JSON get UTF-8, and a name
+// typed in UTF-8 finds its game.
+TEST_F(Cli, ForeignTextCrossesTheTerminalAsUtf8) {
+    std::string ini = ReadFile(home() / "Optera.ini");
+    ini.replace(ini.find("Default=1024x768"), 16,
+                "Default=1024x768 (\xE9"
+                "cran)");
+    std::ofstream(home() / "Optera.ini", std::ios::binary) << ini;
+    Ran resolutions = Optera("resolutions --json");
+    ASSERT_EQ(resolutions.code, 0) << resolutions.err;
+    EXPECT_EQ(nlohmann::json::parse(resolutions.out)["default"], "1024x768 (\u00e9cran)")
+        << resolutions.out;
+}
+
 }  // namespace
