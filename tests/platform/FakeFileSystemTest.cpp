@@ -4,14 +4,14 @@
 
 using namespace optera::platform;
 
-TEST(FakeFileSystem, KeepsDirectoryOrderAndIgnoresCase) {
+TEST(FakeFileSystem, ListsInNtfsOrderAndIgnoresCase) {
     FakeFileSystem files;
     files.PutFile("C:\\Games\\b.cfg", "B");
     files.PutFile("C:\\Games\\a.cfg", "A");
     files.PutFile("C:\\Games\\Sub\\c.txt", "C");
     EXPECT_EQ(files.ReadAll("c:\\GAMES\\A.CFG"), "A");
     EXPECT_EQ(FindNames(files, "C:\\Games\\*.cfg", false),
-              (std::vector<std::string>{"b.cfg", "a.cfg"}));
+              (std::vector<std::string>{"a.cfg", "b.cfg"}));
     EXPECT_EQ(FindNames(files, "C:\\Games\\*", true).size(), 3u);
     EXPECT_TRUE(FolderExists(files, "C:\\games\\sub"));
     EXPECT_FALSE(FileExists(files, "C:\\games\\sub"));

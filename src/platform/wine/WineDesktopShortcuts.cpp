@@ -157,9 +157,8 @@ bool WineDesktopShortcuts::Create(std::string_view linkName, const ShellLink& li
     fs::path file = LauncherPath(linkName);
     std::error_code ignored;
     fs::create_directories(file.parent_path(), ignored);
-    if (!ReplaceHostFile(file, *text)) return false;
     // Desktops start only launchers that are marked executable.
-    return ::chmod(file.c_str(), 0755) == 0;
+    return ReplaceHostFile(file, *text, 0755);
 }
 
 void WineDesktopShortcuts::Remove(std::string_view linkName) {
