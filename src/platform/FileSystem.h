@@ -61,7 +61,8 @@ class FileSystem {
     virtual std::vector<DriveInfo> Drives() const = 0;
 
     // Why the last call that failed did so, in plain words for the user ("the disk is full",
-    // "permission denied"); "" when the implementation cannot tell.
+    // "permission denied"); "" when the implementation cannot tell. Questions that only look
+    // (Attributes, FileIdentity, Drives) leave it as it was.
     virtual std::string LastError() const { return {}; }
 };
 

@@ -100,7 +100,7 @@ void FakeFileSystem::PutFile(std::string_view path, std::string_view bytes) {
 
 std::optional<std::uint32_t> FakeFileSystem::Attributes(std::string_view path) const {
     const Node* node = Find(path);
-    if (!node) return Failed(kMissing), std::nullopt;
+    if (!node) return std::nullopt;
     return node->marks | (node->folder ? attr::Directory : attr::Archive);
 }
 

@@ -304,8 +304,7 @@ std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) c
 std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) const {
     auto host = ToHostPath(path);
     struct stat st;
-    if (!host) return Failed(ENOENT), std::nullopt;
-    if (::stat(host->c_str(), &st) != 0) return Failed(errno), std::nullopt;
+    if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
     // A drive's root is never hidden, whatever its host folder is called.
     if (ComponentsOf(path).empty()) return AttributesOf(st, "");
     struct stat parent;
@@ -427,13 +426,31 @@ bool WineFileSystem::Rename(std::string_view from, std::string_view to) {
         fs::path respelled = target->parent_path() / HostName(ComponentsOf(to).back());
         if (respelled == *source) return true;
         target = respelled;
-    } else if (::stat(target->c_str(), &st) == 0) {
-        // Windows replaces neither a folder nor a read-only file.
-        if (S_ISDIR(st.st_mode)) return Failed(EISDIR);
-        if (IsReadOnly(st)) return Failed(kReadOnlyFile);
+    } else {
+        // A file that is a link stays a link: what is moved in takes its target's place.
+        int error = 0;
+        auto real = ResolveTrustedLink(*target, error);
+        if (!real) return Failed(error);
+        target = *real;
+        if (::stat(target->c_str(), &st) == 0) {
+            // Windows replaces neither a folder nor a read-only file.
+            if (S_ISDIR(st.st_mode)) return Failed(EISDIR);
+            if (IsReadOnly(st)) return Failed(kReadOnlyFile);
+        }
     }
     // One step that replaces the target: no moment without either file.
-    if (::rename(source->c_str(), target->c_str()) != 0) return Failed(errno);
+    if (::rename(source->c_str(), target->c_str()) != 0) {
+        if (errno != EXDEV) return Failed(errno);
+        // A link's target on another file system: copied there through a temporary, and the
+        // source goes only once the copy is in place.
+        FileHandle in(::open(source->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        if (!in.ok()) return Failed(errno);
+        HostReplacement how;
+        how.tempName = TempNameFor(*target);
+        how.fill = [&in](int fd) { return CopyFully(in.fd(), fd); };
+        if (const int error = ReplaceHostEntry(*target, how); error != 0) return Failed(error);
+        if (::unlink(source->c_str()) != 0) return Failed(errno);
+    }
     // The move is made; syncing the folders only makes it outlast a crash.
     SyncFolder(target->parent_path());
     if (source->parent_path() != target->parent_path()) SyncFolder(source->parent_path());
@@ -444,6 +461,11 @@ bool WineFileSystem::Copy(std::string_view from, std::string_view to) {
     auto source = ToHostPath(from);
     auto target = ToHostPath(to);
     if (!source || !target || ComponentsOf(to).empty()) return Failed(ENOENT);
+    // The copy may get another owner than its source (the folder's): a link of another user
+    // must not make the superuser copy out a file that user could not read.
+    int error = 0;
+    source = ResolveTrustedLink(*source, error);
+    if (!source) return Failed(error);
     FileHandle in(::open(source->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat sourceStat;
     if (!in.ok() || ::fstat(in.fd(), &sourceStat) != 0) return Failed(errno);
@@ -461,7 +483,7 @@ bool WineFileSystem::Copy(std::string_view from, std::string_view to) {
     how.tempName = TempNameFor(*target);
     how.fill = [&in](int fd) { return CopyFully(in.fd(), fd); };
     how.mode = sourceStat.st_mode & 0777;
-    const int error = ReplaceHostEntry(*target, how);
+    error = ReplaceHostEntry(*target, how);
     return error == 0 || Failed(error);
 }
 

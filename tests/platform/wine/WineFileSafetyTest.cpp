@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "platform/wine/HostFiles.h"
 #include "platform/wine/WineDesktopShortcuts.h"
 #include "platform/wine/WineFileSystem.h"
 #include "platform/wine/WineHive.h"
@@ -119,21 +120,36 @@ TEST_F(WineFileSafety, AStrayTemporaryFromAKilledRunIsReplaced) {
     EXPECT_TRUE(Strays().empty());
 }
 
-TEST_F(WineFileSafety, ALinkedFileIsEditedAtItsTargetAndStaysALink) {
-    const fs::path real = elsewhere.Write("configs/game.ini", "old");
-    ASSERT_EQ(::chmod(real.c_str(), 0640), 0);
-    fs::remove(ini());
-    fs::create_symlink(real, ini());
+TEST_F(WineFileSafety, ALinkedFileIsEditedAndRestoredAtItsTargetAndStaysALink) {
+    // The target beside the prefix, and on another file system where the host has one.
+    std::vector<fs::path> targetFolders{elsewhere.path() / "configs"};
+    char shm[] = "/dev/shm/optera-test-XXXXXX";
+    if (fs::is_directory("/dev/shm") && ::mkdtemp(shm)) targetFolders.emplace_back(shm);
+    for (const fs::path& folder : targetFolders) {
+        fs::create_directories(folder);
+        const fs::path real = folder / "game.ini";
+        temp.Write("drive_c/Games/Sample/game.ini", "old");
+        fs::copy_file(ini(), real, fs::copy_options::overwrite_existing);
+        ASSERT_EQ(::chmod(real.c_str(), 0640), 0);
+        fs::remove(ini());
+        fs::create_symlink(real, ini());
 
-    ASSERT_TRUE(ReplaceFile(files, kIni, "one", "Mod_Cfg.tmp"));
-    ASSERT_TRUE(files.WriteAll(kIni, "two"));
-    EXPECT_TRUE(fs::is_symlink(ini()));
-    EXPECT_EQ(fs::read_symlink(ini()), real);
-    EXPECT_EQ(elsewhere.Read("configs/game.ini"), "two");
-    EXPECT_EQ(StatOf(real).st_mode & 07777, 0640u);
-    EXPECT_TRUE(Strays().empty());
-    for (const auto& entry : fs::directory_iterator(real.parent_path()))
-        EXPECT_EQ(entry.path().filename(), "game.ini") << "no temporary beside the target";
+        ASSERT_TRUE(files.Copy(kIni, "C:\\Games\\Sample\\game.original"));
+        ASSERT_TRUE(ReplaceFile(files, kIni, "one", "Mod_Cfg.tmp"));
+        ASSERT_TRUE(files.WriteAll(kIni, "two"));
+        EXPECT_EQ(ReadHostFile(real), "two") << folder;
+        EXPECT_EQ(StatOf(real).st_mode & 07777, 0640u);
+        ASSERT_TRUE(files.Rename("C:\\Games\\Sample\\game.original", kIni)) << folder;
+
+        EXPECT_TRUE(fs::is_symlink(ini()));
+        EXPECT_EQ(fs::read_symlink(ini()), real);
+        EXPECT_EQ(ReadHostFile(real), "old") << folder;
+        EXPECT_FALSE(fs::exists(sample() / "game.original"));
+        EXPECT_TRUE(Strays().empty());
+        for (const auto& entry : fs::directory_iterator(folder))
+            EXPECT_EQ(entry.path().filename(), "game.ini") << "no temporary beside the target";
+    }
+    if (targetFolders.size() > 1) fs::remove_all(targetFolders.back());
 }
 
 TEST_F(WineFileSafety, AnotherUsersLinkLeadsOnlyToThatUsersFiles) {
@@ -149,6 +165,11 @@ TEST_F(WineFileSafety, AnotherUsersLinkLeadsOnlyToThatUsersFiles) {
         fs::create_symlink(real, ini());
         ASSERT_EQ(::lchown(ini().c_str(), kNobody, kNobody), 0);
 
+        // Its copy would be the folder owner's to read: made only where the link leads to
+        // that owner's own file.
+        EXPECT_EQ(files.Copy(kIni, "C:\\Games\\Sample\\game.original"), row.followed);
+        EXPECT_EQ(fs::exists(sample() / "game.original"), row.followed);
+        fs::remove(sample() / "game.original");
         EXPECT_EQ(ReplaceFile(files, kIni, "new"), row.followed) << row.targetOwner;
         EXPECT_EQ(elsewhere.Read("target.ini"), row.followed ? "new" : "theirs");
         EXPECT_TRUE(fs::is_symlink(ini()));
