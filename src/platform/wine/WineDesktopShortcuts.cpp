@@ -146,10 +146,10 @@ std::optional<std::string> WineDesktopShortcuts::LauncherText(std::string_view l
     std::string icon = "wine";
     if (auto iconFile = files_.ToHostPath(link.IconLocation); iconFile && IsImage(*iconFile))
         icon = iconFile->string();
-    std::string text = "[Desktop Entry]\nType=Application\nName=" +
-                       EntryValue(text::Utf8FromCodePage(linkName)) +
-                       "\nComment=" + EntryValue(text::Utf8FromCodePage(link.Description)) +
-                       "\nExec=" + exec + "\n";
+    std::string text =
+        "[Desktop Entry]\nType=Application\nName=" + EntryValue(text::Utf8FromCodePage(linkName)) +
+        "\nComment=" + EntryValue(text::Utf8FromCodePage(link.Description)) + "\nExec=" + exec +
+        "\n";
     if (auto folder = files_.ToHostPath(link.WorkingDirectory))
         text += "Path=" + EntryValue(folder->string()) + "\n";
     text += "Icon=" + EntryValue(icon) + "\nTerminal=false\nStartupNotify=true\n";

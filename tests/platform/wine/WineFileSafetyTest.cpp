@@ -11,6 +11,7 @@
 
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/WineDesktopShortcuts.h"
+#include "platform/wine/WineEnvironment.h"
 #include "platform/wine/WineFileSystem.h"
 #include "platform/wine/WineHive.h"
 #include "support/WinePrefix.h"
@@ -286,6 +287,25 @@ TEST_F(WineFileSafety, WindowsNamesAreCodePageTextAndHostNamesUtf8) {
     EXPECT_EQ(temp.Read("drive_c/Jeux/Orbital Caf\xc3\xa9/\xc3\x89t\xc3\xa9.ini"), "new");
     ASSERT_TRUE(files.Rename(windows + "\\\xc9t\xe9.ini", windows + "\\\xe9t\xe9.ini"));
     EXPECT_TRUE(fs::exists(cafe / "\xc3\xa9t\xc3\xa9.ini")) << "a new spelling in UTF-8";
+}
+
+TEST_F(WineFileSafety, LaunchersAndTheProfileNameAreUtf8OnTheHost) {
+    const fs::path desk = prefix() / "desk";
+    WineDesktopShortcuts shortcuts(files, {{"XDG_DESKTOP_DIR", desk.string()}});
+    ShellLink link;
+    link.TargetPath = "C:\\Games\\Sample\\Bin\\Sample.EXE";
+    link.Description = "D\xe9mo";
+    link.Arguments = "-titre=\xc9t\xe9";
+    ASSERT_TRUE(shortcuts.Create("Orbital Caf\xe9", link));
+    auto text = ReadHostFile(desk / "Orbital Caf\xc3\xa9.desktop");
+    ASSERT_TRUE(text);
+    for (const char* line :
+         {"Name=Orbital Caf\xc3\xa9\n", "Comment=D\xc3\xa9mo\n", " -titre=\xc3\x89t\xc3\xa9\n"})
+        EXPECT_NE(text->find(line), std::string::npos) << line;
+
+    fs::remove_all(driveC() / "users/alice");
+    temp.Write("drive_c/users/Jos\xc3\xa9/Documents/.keep", "");
+    EXPECT_EQ(PrefixUserName(prefix(), {}), "Jos\xe9");
 }
 
 TEST_F(WineFileSafety, DrivesThePrefixMarksAsCdRomAreCdRoms) {

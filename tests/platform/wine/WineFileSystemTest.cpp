@@ -140,7 +140,7 @@ TEST_F(WineFileSystemTest, ListGivesNtfsOrderAndSkipsBrokenLinks) {
         temp.Write(std::string("drive_c/Games/") + name, "x");
     fs::create_symlink("missing-target", driveC() / "Games/broken");
     fs::create_symlink("Sample", driveC() / "Games/linked");
-    const std::vector<std::string> expected{".hidden", "alpha.cfg", "linked", "Mid.cfg",
+    const std::vector<std::string> expected{".hidden", "alpha.cfg", "linked",    "Mid.cfg",
                                             "Sample",  "zeta.cfg",  "_under.cfg"};
 
     auto entries = files.List("C:\\games");
