@@ -28,16 +28,21 @@ std::vector<std::string> FindNames(const FileSystem& files, std::string_view pat
     return names;
 }
 
+bool FileSystem::ReplaceContent(std::string_view path, std::string_view bytes,
+                                std::string_view tempName) {
+    std::string tempPath = JoinPath(ParentOf(path), tempName);
+    if (!WriteAll(tempPath, bytes) || !Rename(tempPath, path)) {
+        Remove(tempPath);
+        return false;
+    }
+    return true;
+}
+
 bool ReplaceFile(FileSystem& files, std::string_view path, std::string_view bytes,
                  std::string_view tempName) {
     std::string temp =
         tempName.empty() ? std::string(NameOf(path)) + ".optera-new" : std::string(tempName);
-    std::string tempPath = JoinPath(ParentOf(path), temp);
-    if (!files.WriteAll(tempPath, bytes) || !files.Rename(tempPath, path)) {
-        files.Remove(tempPath);
-        return false;
-    }
-    return true;
+    return files.ReplaceContent(path, bytes, temp);
 }
 
 }  // namespace optera::platform

@@ -36,6 +36,11 @@ class FileSystem {
     virtual std::optional<std::string> ReadAll(std::string_view path) const = 0;
     // Creates or truncates the file and writes the bytes; they are on disk when it returns.
     virtual bool WriteAll(std::string_view path, std::string_view bytes) = 0;
+    // Replaces the file's content so that a crash cannot leave it half-written; see ReplaceFile.
+    // By default the bytes go to the temporary `tempName` in the file's folder, which is then
+    // renamed over the file; a file system whose WriteAll is itself atomic may do just that.
+    virtual bool ReplaceContent(std::string_view path, std::string_view bytes,
+                                std::string_view tempName);
     // Moves a file, replacing whatever file has the target name, in one step.
     virtual bool Rename(std::string_view from, std::string_view to) = 0;
     // Copies a file with its attributes, replacing a file of the target name.
@@ -56,7 +61,8 @@ class FileSystem {
     virtual std::vector<DriveInfo> Drives() const = 0;
 
     // Why the last call that failed did so, in plain words for the user ("the disk is full",
-    // "permission denied"); "" when the implementation cannot tell.
+    // "permission denied"); "" when the implementation cannot tell. Questions that only look
+    // (Attributes, FileIdentity, Drives) leave it as it was.
     virtual std::string LastError() const { return {}; }
 };
 

@@ -1,17 +1,19 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "platform/fake/FakeFileSystem.h"
 
 using namespace optera::platform;
 
-TEST(FakeFileSystem, KeepsDirectoryOrderAndIgnoresCase) {
+TEST(FakeFileSystem, ListsInNtfsOrderAndIgnoresCase) {
     FakeFileSystem files;
     files.PutFile("C:\\Games\\b.cfg", "B");
     files.PutFile("C:\\Games\\a.cfg", "A");
     files.PutFile("C:\\Games\\Sub\\c.txt", "C");
     EXPECT_EQ(files.ReadAll("c:\\GAMES\\A.CFG"), "A");
     EXPECT_EQ(FindNames(files, "C:\\Games\\*.cfg", false),
-              (std::vector<std::string>{"b.cfg", "a.cfg"}));
+              (std::vector<std::string>{"a.cfg", "b.cfg"}));
     EXPECT_EQ(FindNames(files, "C:\\Games\\*", true).size(), 3u);
     EXPECT_TRUE(FolderExists(files, "C:\\games\\sub"));
     EXPECT_FALSE(FileExists(files, "C:\\games\\sub"));
@@ -39,4 +41,53 @@ TEST(ReplaceFile, LeavesTheOldFileWhenTheNewOneCannotBeWritten) {
     EXPECT_TRUE(ReplaceFile(files, "C:\\cfg\\game.ini", "new", "Mod_Cfg.tmp"));
     EXPECT_EQ(files.ReadAll("C:\\cfg\\game.ini"), "new");
     EXPECT_EQ(FindNames(files, "C:\\cfg\\*", true), (std::vector<std::string>{"game.ini"}));
+}
+
+TEST(FakeFileSystem, ReadsAndWritesFailWhereATestSaysAndTellWhy) {
+    FakeFileSystem files;
+    files.PutFile("C:\\cfg\\game.ini", "old");
+    files.PutFile("C:\\cfg\\locked.ini", "secret");
+    files.FailReadsWhen([](std::string_view path) { return path.ends_with("locked.ini"); });
+    files.FailWritesWhen([](std::string_view path) { return path.ends_with(".optera-new"); },
+                         "the disk is full");
+
+    EXPECT_EQ(files.ReadAll("C:\\cfg\\locked.ini"), std::nullopt);
+    EXPECT_EQ(files.LastError(), "permission denied");
+    EXPECT_FALSE(files.Copy("C:\\cfg\\locked.ini", "C:\\cfg\\locked.original"));
+    EXPECT_EQ(files.LastError(), "permission denied");
+    EXPECT_FALSE(ReplaceFile(files, "C:\\cfg\\game.ini", "new"));
+    EXPECT_EQ(files.LastError(), "the disk is full")
+        << "the failed step's reason, not the cleanup's";
+    EXPECT_EQ(files.ReadAll("C:\\cfg\\game.ini"), "old");
+    EXPECT_EQ(FindNames(files, "C:\\cfg\\*", true),
+              (std::vector<std::string>{"game.ini", "locked.ini"}));
+}
+
+TEST(FakeFileSystem, RefusesWhatTheWineFileSystemRefusesWithTheSameReasons) {
+    FakeFileSystem files;
+    files.PutFile("C:\\cfg\\game.ini", "old");
+    files.PutFile("C:\\cfg\\b.ini", "b");
+    files.PutFile("C:\\cfg\\Sub\\c.ini", "c");
+    ASSERT_TRUE(files.SetAttributes("C:\\cfg\\game.ini", attr::ReadOnly));
+    struct Row {
+        const char* reason;
+        std::function<bool()> call;
+    };
+    const Row rows[] = {
+        {"the file is read-only", [&] { return files.WriteAll("C:\\cfg\\game.ini", "x"); }},
+        {"the file is read-only",
+         [&] { return files.Rename("C:\\cfg\\b.ini", "C:\\cfg\\game.ini"); }},
+        {"the file is read-only",
+         [&] { return files.Copy("C:\\cfg\\b.ini", "C:\\cfg\\game.ini"); }},
+        {"the file or folder does not exist",
+         [&] { return files.ReadAll("C:\\cfg\\none.ini").has_value(); }},
+        {"it is a folder", [&] { return files.Copy("C:\\cfg\\b.ini", "C:\\cfg\\Sub"); }},
+        {"the folder is not empty", [&] { return files.Remove("C:\\cfg\\Sub"); }},
+    };
+    for (const Row& row : rows) {
+        EXPECT_FALSE(row.call()) << row.reason;
+        EXPECT_EQ(files.LastError(), row.reason);
+    }
+    EXPECT_EQ(files.ReadAll("C:\\cfg\\game.ini"), "old");
+    EXPECT_EQ(files.ReadAll("C:\\cfg\\b.ini"), "b");
 }

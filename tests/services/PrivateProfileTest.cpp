@@ -103,6 +103,6 @@ TEST_F(PrivateProfile, ListsFilesOfAPatternInDirectoryOrder) {
     files.PutFile("C:\\Optera\\MODS\\alpha.TXT", "");
     files.PutFile("C:\\Optera\\MODS\\notes.doc", "");
     files.CreateFolder("C:\\Optera\\MODS\\folder.txt");
-    EXPECT_EQ(profile.GetListOfFiles("C:\\OPTERA\\MODS\\*.TXT"), (Lines{"Zeta.txt", "alpha.TXT"}));
+    EXPECT_EQ(profile.GetListOfFiles("C:\\OPTERA\\MODS\\*.TXT"), (Lines{"alpha.TXT", "Zeta.txt"}));
     EXPECT_EQ(profile.GetListOfFiles("C:\\Optera\\MODS\\*.ini"), (Lines{""}));
 }

@@ -2,13 +2,18 @@
 
 #include <algorithm>
 
+#include "platform/DirectoryOrder.h"
 #include "platform/WindowsPath.h"
 
 namespace optera::platform {
 
 namespace {
 constexpr std::uint32_t kSettableMarks = attr::ReadOnly | attr::Hidden;
-}
+// The reasons the Wine file system gives for the same failures.
+constexpr const char* kMissing = "the file or folder does not exist";
+constexpr const char* kFolder = "it is a folder";
+constexpr const char* kReadOnly = "the file is read-only";
+}  // namespace
 
 FakeFileSystem::FakeFileSystem() {
     AddDrive('C', DriveType::Fixed);
@@ -23,8 +28,29 @@ void FakeFileSystem::AddDrive(char letter, DriveType type) {
     node.folder = true;
 }
 
-void FakeFileSystem::FailWritesWhen(std::function<bool(std::string_view)> fails) {
+void FakeFileSystem::FailWritesWhen(std::function<bool(std::string_view)> fails,
+                                    std::string reason) {
     fails_ = std::move(fails);
+    failReason_ = std::move(reason);
+}
+
+void FakeFileSystem::FailReadsWhen(std::function<bool(std::string_view)> fails,
+                                   std::string reason) {
+    readFails_ = std::move(fails);
+    readFailReason_ = std::move(reason);
+}
+
+bool FakeFileSystem::Fails(std::string_view path) const {
+    return fails_ && fails_(path) && !Failed(failReason_);
+}
+
+bool FakeFileSystem::ReadFails(std::string_view path) const {
+    return readFails_ && readFails_(path) && !Failed(readFailReason_);
+}
+
+bool FakeFileSystem::Failed(std::string reason) const {
+    lastError_ = std::move(reason);
+    return false;
 }
 
 FakeFileSystem::Node* FakeFileSystem::Find(std::string_view path) {
@@ -80,53 +106,69 @@ std::optional<std::uint32_t> FakeFileSystem::Attributes(std::string_view path) c
 
 bool FakeFileSystem::SetAttributes(std::string_view path, std::uint32_t attributes) {
     Node* node = Find(path);
-    if (!node || Fails(path)) return false;
+    if (!node) return Failed(kMissing);
+    if (Fails(path)) return false;
     node->marks = attributes & kSettableMarks;
     return true;
 }
 
 std::optional<std::vector<DirEntry>> FakeFileSystem::List(std::string_view folder) const {
     const Node* node = Find(folder);
-    if (!node || !node->folder) return std::nullopt;
+    if (!node || !node->folder) return Failed(kMissing), std::nullopt;
+    if (ReadFails(folder)) return std::nullopt;
     std::vector<DirEntry> entries;
     for (const std::string& key : node->children) {
         const Node& child = nodes_.at(key);
         entries.push_back({child.name, *Attributes(key)});
     }
+    SortInDirectoryOrder(entries);
     return entries;
 }
 
 std::optional<std::string> FakeFileSystem::ReadAll(std::string_view path) const {
     const Node* node = Find(path);
-    if (!node || node->folder) return std::nullopt;
+    if (!node) return Failed(kMissing), std::nullopt;
+    if (node->folder) return Failed(kFolder), std::nullopt;
+    if (ReadFails(path)) return std::nullopt;
     return node->bytes;
 }
 
 bool FakeFileSystem::WriteAll(std::string_view path, std::string_view bytes) {
-    if (Fails(path)) return false;
     Node* node = Find(path);
     if (node) {
-        if (node->folder || (node->marks & attr::ReadOnly)) return false;
-    } else {
-        Node* parent = ParentFolder(path);
-        if (!parent) return false;
-        node = &MakeChild(*parent, path, false);
+        if (node->folder) return Failed(kFolder);
+        if (node->marks & attr::ReadOnly) return Failed(kReadOnly);
+    } else if (!ParentFolder(path)) {
+        return Failed(kMissing);
     }
+    if (Fails(path)) return false;
+    if (!node) node = &MakeChild(*ParentFolder(path), path, false);
     node->bytes = std::string(bytes);
     return true;
 }
 
+bool FakeFileSystem::ReplaceContent(std::string_view path, std::string_view bytes,
+                                    std::string_view tempName) {
+    std::string tempPath = JoinPath(ParentOf(path), tempName);
+    if (WriteAll(tempPath, bytes) && Rename(tempPath, path)) return true;
+    // The reason is the failed step's, not that of clearing its temporary away.
+    std::string reason = lastError_;
+    Remove(tempPath);
+    return Failed(std::move(reason));
+}
+
 bool FakeFileSystem::Rename(std::string_view from, std::string_view to) {
     Node* source = Find(from);
-    if (!source || source->folder || Fails(to) || Fails(from)) return false;
+    if (!source) return Failed(kMissing);
+    if (source->folder) return Failed(kFolder);
     Node* target = Find(to);
-    if (target && target->folder) return false;
-    if (!target) {
-        Node* parent = ParentFolder(to);
-        if (!parent) return false;
-        target = &MakeChild(*parent, to, false);
-    }
     if (target == source) return true;
+    if (target && target->folder) return Failed(kFolder);
+    if (target && (target->marks & attr::ReadOnly)) return Failed(kReadOnly);
+    if (!target && !ParentFolder(to)) return Failed(kMissing);
+    if (Fails(to) || Fails(from)) return false;
+    // One step, as rename(2): the target is replaced, never removed first.
+    if (!target) target = &MakeChild(*ParentFolder(to), to, false);
     target->bytes = std::move(source->bytes);
     target->marks = source->marks;
     Unlink(from);
@@ -135,10 +177,12 @@ bool FakeFileSystem::Rename(std::string_view from, std::string_view to) {
 
 bool FakeFileSystem::Copy(std::string_view from, std::string_view to) {
     const Node* source = Find(from);
-    if (!source || source->folder) return false;
+    if (!source) return Failed(kMissing);
+    if (source->folder) return Failed(kFolder);
+    if (ReadFails(from)) return false;
     Node copy = *source;
     Node* target = Find(to);
-    if (target && (target->folder || (target->marks & attr::ReadOnly))) return false;
+    if (target == source) return Failed("it is the same file");
     if (!WriteAll(to, copy.bytes)) return false;
     Find(to)->marks = copy.marks;
     return true;
@@ -146,8 +190,9 @@ bool FakeFileSystem::Copy(std::string_view from, std::string_view to) {
 
 bool FakeFileSystem::Remove(std::string_view path) {
     Node* node = Find(path);
-    if (!node || Fails(path) || ComponentsOf(path).empty()) return false;
-    if (node->folder && !node->children.empty()) return false;
+    if (!node || ComponentsOf(path).empty()) return Failed(kMissing);
+    if (node->folder && !node->children.empty()) return Failed("the folder is not empty");
+    if (Fails(path)) return false;
     Unlink(path);
     return true;
 }
@@ -163,9 +208,10 @@ void FakeFileSystem::Unlink(std::string_view path) {
 }
 
 bool FakeFileSystem::CreateFolder(std::string_view path) {
-    if (Find(path) || Fails(path)) return false;
+    if (Find(path)) return Failed("something of that name is in the way");
     Node* parent = ParentFolder(path);
-    if (!parent) return false;
+    if (!parent) return Failed(kMissing);
+    if (Fails(path)) return false;
     MakeChild(*parent, path, true);
     return true;
 }

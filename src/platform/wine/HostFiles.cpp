@@ -1,5 +1,7 @@
 #include "platform/wine/HostFiles.h"
 
+#include "platform/wine/HostReplace.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -57,6 +59,10 @@ bool WriteFully(int fd, std::string_view bytes) {
             if (errno == EINTR) continue;
             return false;
         }
+        if (written == 0) {
+            errno = ENOSPC;  // a write that takes nothing will take nothing on a retry either
+            return false;
+        }
         bytes.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
@@ -80,12 +86,17 @@ void SyncFolder(const std::filesystem::path& folder) {
     if (handle.ok()) ::fsync(handle.fd());
 }
 
-std::optional<std::string> ReadHostFile(const std::filesystem::path& file) {
+std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error) {
+    auto failed = [error](int number) -> std::optional<std::string> {
+        if (error) *error = number;
+        return std::nullopt;
+    };
     // Non-blocking so that a pipe or device in a game's folder cannot hang the read; only
     // regular files are read at all.
     FileHandle handle(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat st;
-    if (!handle.ok() || ::fstat(handle.fd(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    if (!handle.ok() || ::fstat(handle.fd(), &st) != 0) return failed(errno);
+    if (!S_ISREG(st.st_mode)) return failed(S_ISDIR(st.st_mode) ? EISDIR : EINVAL);
     std::string content;
     content.reserve(static_cast<std::size_t>(st.st_size));
     char buffer[kChunk];
@@ -93,25 +104,23 @@ std::optional<std::string> ReadHostFile(const std::filesystem::path& file) {
         ssize_t got = ::read(handle.fd(), buffer, sizeof buffer);
         if (got < 0) {
             if (errno == EINTR) continue;
-            return std::nullopt;
+            return failed(errno);
         }
         if (got == 0) return content;
         content.append(buffer, static_cast<std::size_t>(got));
     }
 }
 
-bool ReplaceHostFile(const std::filesystem::path& file, std::string_view bytes) {
-    std::string temp = file.string() + ".XXXXXX";
-    FileHandle handle(::mkstemp(temp.data()));
-    if (!handle.ok()) return false;
-    bool written = WriteFully(handle.fd(), bytes) && ::fsync(handle.fd()) == 0 && handle.Close() &&
-                   ::rename(temp.c_str(), file.c_str()) == 0;
-    if (!written) {
-        ::unlink(temp.c_str());
-        return false;
-    }
-    SyncFolder(file.parent_path());
-    return true;
+bool ReplaceHostFile(const std::filesystem::path& file, std::string_view bytes,
+                     std::optional<mode_t> mode) {
+    int error = 0;
+    auto real = ResolveTrustedLink(file, error);
+    if (!real) return false;
+    HostReplacement how;
+    how.tempName = TempNameFor(*real);
+    how.fill = [bytes](int fd) { return WriteFully(fd, bytes); };
+    how.mode = mode;
+    return ReplaceHostEntry(*real, how) == 0;
 }
 
 }  // namespace optera::platform

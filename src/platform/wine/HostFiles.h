@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <dirent.h>
+#include <sys/types.h>
 
 namespace optera::platform {
 
@@ -58,10 +59,12 @@ bool CopyFully(int from, int to);
 // Makes a change to a folder's entries (a rename, a new file) outlast a crash.
 void SyncFolder(const std::filesystem::path& folder);
 // The whole content of a regular file; nullopt when it is missing, not a regular file or
-// unreadable.
-std::optional<std::string> ReadHostFile(const std::filesystem::path& file);
-// Replaces a file so that a crash leaves the old or the new content: writes a temporary file
-// in the same folder, syncs it, renames it over the file and syncs the folder.
-bool ReplaceHostFile(const std::filesystem::path& file, std::string_view bytes);
+// unreadable, with the reason in `error` when given.
+std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error = nullptr);
+// Replaces a file so that a crash leaves the old or the new content (see HostReplace.h): a
+// trusted link is edited at its target and stays a link; the file keeps its mode and owner
+// unless `mode` is given.
+bool ReplaceHostFile(const std::filesystem::path& file, std::string_view bytes,
+                     std::optional<mode_t> mode = std::nullopt);
 
 }  // namespace optera::platform

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "platform/wine/HostFiles.h"
+#include "text/CodePage.h"
 #include "text/NoCase.h"
 
 namespace optera::platform {
@@ -125,7 +126,8 @@ fs::path WineDesktopShortcuts::DesktopFolder() const {
 }
 
 fs::path WineDesktopShortcuts::LauncherPath(std::string_view linkName) const {
-    std::string name(linkName);
+    // Windows text in, a UTF-8 name on the host out.
+    std::string name = text::Utf8FromCodePage(linkName);
     for (char& c : name)
         if (c == '/') c = '-';
     return DesktopFolder() / (name + ".desktop");
@@ -137,14 +139,17 @@ std::optional<std::string> WineDesktopShortcuts::LauncherText(std::string_view l
     if (!target) return std::nullopt;
     std::string exec = "env " + ExecArgument("WINEPREFIX=" + files_.prefix().string()) + " wine " +
                        ExecArgument(target->string());
+    // Desktop entries are UTF-8; the link's texts are Windows text.
     for (const std::string& word : SplitWindowsCommandLine(link.Arguments))
-        exec += " " + ExecArgument(word);
+        exec += " " + ExecArgument(text::Utf8FromCodePage(word));
 
     std::string icon = "wine";
     if (auto iconFile = files_.ToHostPath(link.IconLocation); iconFile && IsImage(*iconFile))
         icon = iconFile->string();
-    std::string text = "[Desktop Entry]\nType=Application\nName=" + EntryValue(linkName) +
-                       "\nComment=" + EntryValue(link.Description) + "\nExec=" + exec + "\n";
+    std::string text =
+        "[Desktop Entry]\nType=Application\nName=" + EntryValue(text::Utf8FromCodePage(linkName)) +
+        "\nComment=" + EntryValue(text::Utf8FromCodePage(link.Description)) + "\nExec=" + exec +
+        "\n";
     if (auto folder = files_.ToHostPath(link.WorkingDirectory))
         text += "Path=" + EntryValue(folder->string()) + "\n";
     text += "Icon=" + EntryValue(icon) + "\nTerminal=false\nStartupNotify=true\n";
@@ -157,9 +162,8 @@ bool WineDesktopShortcuts::Create(std::string_view linkName, const ShellLink& li
     fs::path file = LauncherPath(linkName);
     std::error_code ignored;
     fs::create_directories(file.parent_path(), ignored);
-    if (!ReplaceHostFile(file, *text)) return false;
     // Desktops start only launchers that are marked executable.
-    return ::chmod(file.c_str(), 0755) == 0;
+    return ReplaceHostFile(file, *text, 0755);
 }
 
 void WineDesktopShortcuts::Remove(std::string_view linkName) {

@@ -9,6 +9,7 @@
 #include "platform/WindowsPath.h"
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/KeyStoreText.h"
+#include "text/CodePage.h"
 
 namespace optera::platform {
 
@@ -91,11 +92,13 @@ std::string PrefixUserName(const fs::path& prefix, const EnvironmentVariables& h
     while (const char* name = listing.Next()) {
         struct stat st;
         if (name[0] == '.' || text::EqualsNoCase(name, "Public")) continue;
-        if (::fstatat(listing.fd(), name, &st, 0) == 0 && S_ISDIR(st.st_mode)) return name;
+        // Host names are UTF-8; the profile's name is Windows text.
+        if (::fstatat(listing.fd(), name, &st, 0) == 0 && S_ISDIR(st.st_mode))
+            return text::CodePageFromUtf8(name);
     }
     for (const char* variable : {"USER", "LOGNAME"}) {
         std::string value = HostValue(host, variable);
-        if (!value.empty()) return value;
+        if (!value.empty()) return text::CodePageFromUtf8(value);
     }
     return "user";
 }

@@ -7,12 +7,16 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
+#include <cerrno>
 #include <fstream>
 #include <system_error>
 
+#include "platform/DirectoryOrder.h"
 #include "platform/WindowsPath.h"
 #include "platform/wine/HostFiles.h"
+#include "platform/wine/HostReplace.h"
+#include "platform/wine/RegFile.h"
+#include "text/CodePage.h"
 #include "text/NoCase.h"
 
 namespace optera::platform {
@@ -29,22 +33,6 @@ bool IsReadOnly(const struct stat& st) {
 
 bool SameFile(const struct stat& a, const struct stat& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
-}
-
-// The mask new files get, read without changing it (umask(2) can only read by writing).
-mode_t ProcessUmask() {
-    static const mode_t mask = [] {
-        std::ifstream status("/proc/self/status");
-        std::string line;
-        while (std::getline(status, line)) {
-            if (line.rfind("Umask:", 0) == 0)
-                return static_cast<mode_t>(std::strtoul(line.c_str() + 6, nullptr, 8) & 0777);
-        }
-        mode_t old = ::umask(022);
-        ::umask(old);
-        return old;
-    }();
-    return mask;
 }
 
 std::uint32_t AttributesOf(const struct stat& st, std::string_view name) {
@@ -103,15 +91,96 @@ char DriveLetterOfDevice(std::string_view name) {
     return letter >= 'A' && letter <= 'Z' ? letter : '\0';
 }
 
-// The name under which `folder` holds `component`: the component itself when an entry has
+bool IsAscii(std::string_view name) {
+    return std::all_of(name.begin(), name.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+// Windows names are Windows-1252 text and Wine names host files in UTF-8, as it does for a
+// program that uses the 8-bit functions; a host name with characters outside the code page
+// comes back with '?' for them.
+std::string HostName(std::string_view windowsName) {
+    return IsAscii(windowsName) ? std::string(windowsName) : text::Utf8FromCodePage(windowsName);
+}
+
+std::string WindowsName(std::string_view hostName) {
+    return IsAscii(hostName) ? std::string(hostName) : text::CodePageFromUtf8(hostName);
+}
+
+// The host name under which `folder` holds `component`: the component itself when an entry has
 // exactly that name, else the first entry in directory order that differs only in letter case.
 std::optional<std::string> FindEntry(const fs::path& folder, const std::string& component) {
+    std::string exact = HostName(component);
     struct stat st;
-    if (::lstat((folder / component).c_str(), &st) == 0) return component;
+    if (::lstat((folder / exact).c_str(), &st) == 0) return exact;
     Folder listing(folder);
-    while (const char* name = listing.Next())
-        if (text::EqualsNoCase(name, component)) return std::string(name);
-    return std::nullopt;
+    std::optional<std::string> first;
+    std::string firstWindows;
+    while (const char* name = listing.Next()) {
+        std::string windows = WindowsName(name);
+        if (!text::EqualsNoCase(windows, component)) continue;
+        if (!first || DirectoryOrderLess(windows, firstWindows)) {
+            first = name;
+            firstWindows = std::move(windows);
+        }
+    }
+    return first;
+}
+
+// The mount of the host's file systems that holds `folder`, by its type ("ext4", "iso9660").
+std::string MountTypeOf(const fs::path& folder) {
+    std::error_code error;
+    const fs::path real = fs::canonical(folder, error);
+    if (error) return {};
+    std::ifstream mounts("/proc/self/mounts");
+    std::string device, point, type, line, best, bestType;
+    while (mounts >> device >> point >> type) {
+        std::getline(mounts, line);
+        // Blanks and a few other characters in mount points are written as octal escapes.
+        std::string unescaped;
+        for (std::size_t i = 0; i < point.size(); ++i) {
+            if (point[i] == '\\' && i + 3 < point.size()) {
+                unescaped += static_cast<char>(std::stoi(point.substr(i + 1, 3), nullptr, 8));
+                i += 3;
+            } else {
+                unescaped += point[i];
+            }
+        }
+        const std::string& here = real.native();
+        const bool holds = here == unescaped || unescaped == "/" ||
+                           (here.starts_with(unescaped) && here[unescaped.size()] == '/');
+        if (holds && unescaped.size() >= best.size()) {
+            best = unescaped;
+            bestType = type;
+        }
+    }
+    return bestType;
+}
+
+// The drive kinds the prefix sets in HKLM\Software\Wine\Drives ("d:"="cdrom"), by letter.
+std::vector<std::pair<char, DriveType>> RegistryDriveTypes(const fs::path& prefix) {
+    std::vector<std::pair<char, DriveType>> types;
+    auto bytes = ReadHostFile(prefix / "system.reg");
+    if (!bytes) return types;
+    const RegFile hive = RegFile::Parse(*bytes);
+    const RegFileKey* key = hive.Find("Software\\Wine\\Drives");
+    if (!key) return types;
+    for (const RegFileValue& value : key->values) {
+        const char letter = DriveLetterOfDevice(value.name);
+        if (letter == '\0') continue;
+        std::string kind;  // the UTF-16LE string as ASCII
+        for (std::size_t i = 0; i + 1 < value.data.size() && value.data[i] != 0; i += 2)
+            kind += text::FoldLower(static_cast<char>(value.data[i]));
+        if (kind == "cdrom")
+            types.emplace_back(letter, DriveType::CdRom);
+        else if (kind == "floppy")
+            types.emplace_back(letter, DriveType::Removable);
+        else if (kind == "network")
+            types.emplace_back(letter, DriveType::Remote);
+        else if (kind == "hd")
+            types.emplace_back(letter, DriveType::Fixed);
+    }
+    return types;
 }
 
 }  // namespace
@@ -122,6 +191,8 @@ DriveType DriveTypeOf(const fs::path& target) {
         return DriveType::Unknown;
     struct stat st;
     if (::stat(target.c_str(), &st) != 0) return DriveType::Unknown;
+    const std::string mount = MountTypeOf(target);
+    if (mount == "iso9660" || mount == "udf") return DriveType::CdRom;
     return DriveType::Fixed;
 }
 
@@ -149,6 +220,12 @@ WineFileSystem::WineFileSystem(fs::path prefix) : prefix_(std::move(prefix)) {
     }
     std::sort(drives_.begin(), drives_.end(),
               [](const Drive& a, const Drive& b) { return a.letter < b.letter; });
+    registryTypes_ = RegistryDriveTypes(prefix_);
+}
+
+bool WineFileSystem::Failed(int error) const {
+    lastError_ = ErrorText(error);
+    return false;
 }
 
 const WineFileSystem::Drive* WineFileSystem::FindDrive(char letter) const {
@@ -164,7 +241,7 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath)
     const std::vector<std::string> parts = ComponentsOf(windowsPath);
 
     fs::path exact = drive->target;
-    for (const std::string& part : parts) exact /= part;
+    for (const std::string& part : parts) exact /= HostName(part);
     struct stat st;
     if (::lstat(exact.c_str(), &st) == 0) return exact;
 
@@ -179,7 +256,7 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath)
             }
             searching = false;
         }
-        host /= part;
+        host /= HostName(part);
     }
     return host;
 }
@@ -191,7 +268,7 @@ std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) c
     absolute = absolute.lexically_normal();
     std::vector<std::string> parts;
     for (const fs::path& part : absolute.relative_path())
-        if (!part.empty()) parts.push_back(part.string());
+        if (!part.empty()) parts.push_back(WindowsName(part.native()));
 
     // Drives are compared by the identity of their folders, as Wine does, so that a link to a
     // drive's folder or a prefix reached through a linked path still maps to the drive.
@@ -241,7 +318,8 @@ std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) c
 bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attributes) {
     auto host = ToHostPath(path);
     struct stat st;
-    if (!host || ::stat(host->c_str(), &st) != 0) return false;
+    if (!host) return Failed(ENOENT);
+    if (::stat(host->c_str(), &st) != 0) return Failed(errno);
     const mode_t mode = st.st_mode & 07777;
     mode_t wanted = mode;
     if (attributes & attr::ReadOnly) {
@@ -254,7 +332,7 @@ bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attribut
             mode | ((S_IRUSR | S_IWUSR | ((mode & (S_IRGRP | S_IROTH)) >> 1)) & ~ProcessUmask());
     }
     // Hidden and system have no place on a Linux file system: nothing to do for them.
-    return wanted == mode || ::chmod(host->c_str(), wanted) == 0;
+    return wanted == mode || ::chmod(host->c_str(), wanted) == 0 || Failed(errno);
 }
 
 std::optional<std::vector<DirEntry>> WineFileSystem::List(std::string_view folder) const {
@@ -268,16 +346,16 @@ std::optional<std::vector<DirEntry>> WineFileSystem::ListForSearch(std::string_v
 std::optional<std::vector<DirEntry>> WineFileSystem::ListFolder(std::string_view folder,
                                                                 bool quick) const {
     auto host = ToHostPath(folder);
-    if (!host) return std::nullopt;
+    if (!host) return Failed(ENOENT), std::nullopt;
     Folder listing(*host);
-    if (!listing.ok()) return std::nullopt;
+    if (!listing.ok()) return Failed(errno), std::nullopt;
     std::vector<DirEntry> entries;
     struct stat self;
     const dev_t device = ::fstat(listing.fd(), &self) == 0 ? self.st_dev : 0;
     while (const char* name = listing.Next()) {
         if (quick && listing.type() == DT_REG) {
             const bool hidden = name[0] == '.';
-            entries.push_back({name, attr::Archive | (hidden ? attr::Hidden : 0u)});
+            entries.push_back({WindowsName(name), attr::Archive | (hidden ? attr::Hidden : 0u)});
             continue;
         }
         struct stat st;
@@ -285,10 +363,11 @@ std::optional<std::vector<DirEntry>> WineFileSystem::ListFolder(std::string_view
         if (::fstatat(listing.fd(), name, &st, 0) != 0) continue;
         std::uint32_t bits = AttributesOf(st, name);
         if (IsKernelFolder(*host / name, st, device)) bits |= attr::Hidden | attr::System;
-        entries.push_back({name, bits, static_cast<std::uint64_t>(st.st_dev),
+        entries.push_back({WindowsName(name), bits, static_cast<std::uint64_t>(st.st_dev),
                            static_cast<std::uint64_t>(st.st_ino)});
     }
-    if (listing.failed()) return std::nullopt;
+    if (listing.failed()) return Failed(errno), std::nullopt;
+    SortInDirectoryOrder(entries);
     return entries;
 }
 
@@ -302,37 +381,76 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> WineFileSystem::FileIdent
 
 std::optional<std::string> WineFileSystem::ReadAll(std::string_view path) const {
     auto host = ToHostPath(path);
-    if (!host) return std::nullopt;
-    return ReadHostFile(*host);
+    if (!host) return Failed(ENOENT), std::nullopt;
+    int error = 0;
+    auto content = ReadHostFile(*host, &error);
+    if (!content) Failed(error);
+    return content;
 }
 
 bool WineFileSystem::WriteAll(std::string_view path, std::string_view bytes) {
+    return ReplaceContent(path, bytes, {});
+}
+
+bool WineFileSystem::ReplaceContent(std::string_view path, std::string_view bytes,
+                                    std::string_view tempName) {
     auto host = ToHostPath(path);
-    if (!host || ComponentsOf(path).empty()) return false;
+    if (!host || ComponentsOf(path).empty()) return Failed(ENOENT);
+    // A file that is a link is written at its target, and the link stays.
+    int error = 0;
+    auto real = ResolveTrustedLink(*host, error);
+    if (!real) return Failed(error);
     struct stat st;
     // Checked here because permission bits do not stop the superuser, and Windows refuses
     // writes to a read-only file whoever asks.
-    if (::stat(host->c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || IsReadOnly(st))) return false;
-    FileHandle file(::open(host->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-    return file.ok() && WriteFully(file.fd(), bytes) && ::fsync(file.fd()) == 0 && file.Close();
+    if (::stat(real->c_str(), &st) == 0) {
+        if (S_ISDIR(st.st_mode)) return Failed(EISDIR);
+        if (IsReadOnly(st)) return Failed(kReadOnlyFile);
+    }
+    HostReplacement how;
+    how.tempName = tempName.empty() ? TempNameFor(*real) : HostName(tempName);
+    how.fill = [bytes](int fd) { return WriteFully(fd, bytes); };
+    error = ReplaceHostEntry(*real, how);
+    return error == 0 || Failed(error);
 }
 
 bool WineFileSystem::Rename(std::string_view from, std::string_view to) {
     auto source = ToHostPath(from);
     auto target = ToHostPath(to);
-    if (!source || !target || ComponentsOf(from).empty() || ComponentsOf(to).empty()) return false;
+    if (!source || !target || ComponentsOf(from).empty() || ComponentsOf(to).empty())
+        return Failed(ENOENT);
     struct stat st;
-    if (::lstat(source->c_str(), &st) != 0) return false;
+    if (::lstat(source->c_str(), &st) != 0) return Failed(errno);
     if (*source == *target) {
         // The same entry: at most a change of letter case in its name.
-        fs::path respelled = target->parent_path() / ComponentsOf(to).back();
+        fs::path respelled = target->parent_path() / HostName(ComponentsOf(to).back());
         if (respelled == *source) return true;
         target = respelled;
-    } else if (::stat(target->c_str(), &st) == 0 && (S_ISDIR(st.st_mode) || IsReadOnly(st))) {
-        // Windows replaces neither a folder nor a read-only file.
-        return false;
+    } else {
+        // A file that is a link stays a link: what is moved in takes its target's place.
+        int error = 0;
+        auto real = ResolveTrustedLink(*target, error);
+        if (!real) return Failed(error);
+        target = *real;
+        if (::stat(target->c_str(), &st) == 0) {
+            // Windows replaces neither a folder nor a read-only file.
+            if (S_ISDIR(st.st_mode)) return Failed(EISDIR);
+            if (IsReadOnly(st)) return Failed(kReadOnlyFile);
+        }
     }
-    if (::rename(source->c_str(), target->c_str()) != 0) return false;
+    // One step that replaces the target: no moment without either file.
+    if (::rename(source->c_str(), target->c_str()) != 0) {
+        if (errno != EXDEV) return Failed(errno);
+        // A link's target on another file system: copied there through a temporary, and the
+        // source goes only once the copy is in place.
+        FileHandle in(::open(source->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+        if (!in.ok()) return Failed(errno);
+        HostReplacement how;
+        how.tempName = TempNameFor(*target);
+        how.fill = [&in](int fd) { return CopyFully(in.fd(), fd); };
+        if (const int error = ReplaceHostEntry(*target, how); error != 0) return Failed(error);
+        if (::unlink(source->c_str()) != 0) return Failed(errno);
+    }
     // The move is made; syncing the folders only makes it outlast a crash.
     SyncFolder(target->parent_path());
     if (source->parent_path() != target->parent_path()) SyncFolder(source->parent_path());
@@ -342,37 +460,57 @@ bool WineFileSystem::Rename(std::string_view from, std::string_view to) {
 bool WineFileSystem::Copy(std::string_view from, std::string_view to) {
     auto source = ToHostPath(from);
     auto target = ToHostPath(to);
-    if (!source || !target || ComponentsOf(to).empty()) return false;
+    if (!source || !target || ComponentsOf(to).empty()) return Failed(ENOENT);
+    // The copy may get another owner than its source (the folder's): a link of another user
+    // must not make the superuser copy out a file that user could not read.
+    int error = 0;
+    source = ResolveTrustedLink(*source, error);
+    if (!source) return Failed(error);
     FileHandle in(::open(source->c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat sourceStat;
-    if (!in.ok() || ::fstat(in.fd(), &sourceStat) != 0 || !S_ISREG(sourceStat.st_mode))
-        return false;
+    if (!in.ok() || ::fstat(in.fd(), &sourceStat) != 0) return Failed(errno);
+    if (!S_ISREG(sourceStat.st_mode)) return Failed(S_ISDIR(sourceStat.st_mode) ? EISDIR : EINVAL);
     struct stat targetStat;
-    if (::stat(target->c_str(), &targetStat) == 0 &&
-        (SameFile(sourceStat, targetStat) || S_ISDIR(targetStat.st_mode) || IsReadOnly(targetStat)))
-        return false;
-    FileHandle out(::open(target->c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-    return out.ok() && CopyFully(in.fd(), out.fd()) &&
-           ::fchmod(out.fd(), sourceStat.st_mode & 0777) == 0 && ::fsync(out.fd()) == 0 &&
-           out.Close();
+    if (::stat(target->c_str(), &targetStat) == 0 && SameFile(sourceStat, targetStat))
+        return Failed(EEXIST);
+    // The target's own entry decides, not what a link there leads to: the copy replaces the
+    // link itself and is never written through it.
+    if (::lstat(target->c_str(), &targetStat) == 0) {
+        if (S_ISDIR(targetStat.st_mode)) return Failed(EISDIR);
+        if (S_ISREG(targetStat.st_mode) && IsReadOnly(targetStat)) return Failed(kReadOnlyFile);
+    }
+    HostReplacement how;
+    how.tempName = TempNameFor(*target);
+    how.fill = [&in](int fd) { return CopyFully(in.fd(), fd); };
+    how.mode = sourceStat.st_mode & 0777;
+    error = ReplaceHostEntry(*target, how);
+    return error == 0 || Failed(error);
 }
 
 bool WineFileSystem::Remove(std::string_view path) {
     auto host = ToHostPath(path);
     struct stat st;
-    if (!host || ComponentsOf(path).empty() || ::lstat(host->c_str(), &st) != 0) return false;
-    return (S_ISDIR(st.st_mode) ? ::rmdir(host->c_str()) : ::unlink(host->c_str())) == 0;
+    if (!host || ComponentsOf(path).empty()) return Failed(ENOENT);
+    if (::lstat(host->c_str(), &st) != 0) return Failed(errno);
+    return (S_ISDIR(st.st_mode) ? ::rmdir(host->c_str()) : ::unlink(host->c_str())) == 0 ||
+           Failed(errno);
 }
 
 bool WineFileSystem::CreateFolder(std::string_view path) {
     auto host = ToHostPath(path);
-    return host && !ComponentsOf(path).empty() && ::mkdir(host->c_str(), 0777) == 0;
+    if (!host || ComponentsOf(path).empty()) return Failed(ENOENT);
+    return ::mkdir(host->c_str(), 0777) == 0 || Failed(errno);
 }
 
 std::vector<DriveInfo> WineFileSystem::Drives() const {
     std::vector<DriveInfo> drives;
-    for (const Drive& drive : drives_)
-        drives.push_back({std::string{drive.letter, ':', '\\'}, DriveTypeOf(drive.target)});
+    for (const Drive& drive : drives_) {
+        DriveType type = DriveTypeOf(drive.target);
+        // The prefix's own word on a drive's kind comes first, as Wine takes it.
+        for (auto [letter, kind] : registryTypes_)
+            if (letter == drive.letter) type = kind;
+        drives.push_back({std::string{drive.letter, ':', '\\'}, type});
+    }
     return drives;
 }
 

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/FileSystem.h"
@@ -42,7 +43,12 @@ class WineFileSystem : public FileSystem {
     // Regular files are taken from the directory's own record of their kind, without a stat.
     std::optional<std::vector<DirEntry>> ListForSearch(std::string_view folder) const override;
     std::optional<std::string> ReadAll(std::string_view path) const override;
+    // Writes through an exclusive temporary renamed over the file, so the file is never half
+    // written; it keeps its mode and owner, and a file that is a link is written at its target.
     bool WriteAll(std::string_view path, std::string_view bytes) override;
+    // As WriteAll, through a temporary of the given name (a stray one of that name is removed).
+    bool ReplaceContent(std::string_view path, std::string_view bytes,
+                        std::string_view tempName) override;
     bool Rename(std::string_view from, std::string_view to) override;
     bool Copy(std::string_view from, std::string_view to) override;
     bool Remove(std::string_view path) override;
@@ -50,13 +56,19 @@ class WineFileSystem : public FileSystem {
     std::vector<DriveInfo> Drives() const override;
     std::optional<std::pair<std::uint64_t, std::uint64_t>> FileIdentity(
         std::string_view path) const override;
+    std::string LastError() const override { return lastError_; }
 
   private:
     const Drive* FindDrive(char letter) const;
     std::optional<std::vector<DirEntry>> ListFolder(std::string_view folder, bool quick) const;
 
+    // Records why a call failed; always false.
+    bool Failed(int error) const;
+
     std::filesystem::path prefix_;
     std::vector<Drive> drives_;  // in letter order
+    std::vector<std::pair<char, DriveType>> registryTypes_;
+    mutable std::string lastError_;
 };
 
 // The kind of drive a dosdevices target makes.

@@ -10,6 +10,7 @@
 #include <unordered_map>
 
 #include "platform/wine/HostFiles.h"
+#include "platform/wine/HostReplace.h"
 #include "platform/wine/WineRegText.h"
 
 namespace optera::platform {
@@ -65,31 +66,15 @@ WineHive::Key* Ensure(WineHive::Key& root, std::string_view path, KeyIndex& inde
     return at;
 }
 
-// A file replaced as a whole: a temporary file beside it with the same mode and owner, synced,
-// then renamed over it.
+// A file replaced as a whole through an exclusive temporary beside it, with the mode and owner
+// of the file it replaces (see HostReplace.h).
 bool ReplaceKeepingMode(const fs::path& file, const std::string& bytes, struct stat& written) {
-    struct stat old;
-    const bool hadOld = ::stat(file.c_str(), &old) == 0;
-    std::string temp = file.string() + ".XXXXXX";
-    FileHandle handle(::mkostemp(temp.data(), O_CLOEXEC));
-    if (!handle.ok()) return false;
-    bool ok = ::fchmod(handle.fd(), hadOld ? old.st_mode & 07777 : 0644) == 0;
-    // When the superuser saves a user's prefix, the file must stay the user's. Anyone else
-    // cannot give files away, and their new file already has their owner.
-    if (ok && hadOld && (old.st_uid != ::geteuid() || old.st_gid != ::getegid())) {
-        if (::fchown(handle.fd(), old.st_uid, old.st_gid) != 0) {
-            // Best effort: a group this user is not in cannot be kept.
-        }
-    }
-    ok = ok && WriteFully(handle.fd(), bytes) && ::fsync(handle.fd()) == 0 &&
-         ::fstat(handle.fd(), &written) == 0 && handle.Close() &&
-         ::rename(temp.c_str(), file.c_str()) == 0;
-    if (!ok) {
-        ::unlink(temp.c_str());
-        return false;
-    }
-    SyncFolder(file.parent_path());
-    return true;
+    HostReplacement how;
+    how.tempName = TempNameFor(file);
+    how.fill = [&bytes](int fd) { return WriteFully(fd, bytes); };
+    if (::lstat(file.c_str(), &written) != 0) how.mode = 0644;
+    how.written = &written;
+    return ReplaceHostEntry(file, how) == 0;
 }
 
 }  // namespace
@@ -273,10 +258,12 @@ void WineHive::Discard() {
 }
 
 bool WineHive::Save(const std::string& bytes) {
-    // A hive that is a link to a file elsewhere stays a link: its target is replaced.
-    std::error_code error;
-    fs::path target = fs::is_symlink(path_, error) ? fs::canonical(path_, error) : path_;
-    if (error) return false;
+    // A hive that is a link to a file elsewhere stays a link: its target is replaced, when the
+    // link is one to follow.
+    int error = 0;
+    std::optional<fs::path> real = ResolveTrustedLink(path_, error);
+    if (!real) return false;
+    const fs::path& target = *real;
     struct stat written;
     if (!ReplaceKeepingMode(target, bytes, written)) return false;
     if (target != path_ && ::stat(path_.c_str(), &written) != 0) return false;
