@@ -79,6 +79,15 @@ void Window::Select(int line) {
     gui_.GameList().Raise("Click");
 }
 
+void Window::Activate() {
+    const forms::ListItem* line = gui_.GameList().SelectedItem();
+    if (!line) return;
+    recipes::GameRecord& game = logic_.state().CurrentGame;
+    game = logic_.reader().ReadRecipe(line->Text);
+    gui_.PathLbl().SetCaption(game.UserLoc.empty() ? game.GameLoc : game.UserLoc);
+    logic_.SelectGame();
+}
+
 bool Window::SelectResolution(std::string_view resolution) {
     forms::Control& rows = gui_.ResListBox();
     for (int i = 1; i <= rows.ItemCount(); ++i) {

@@ -42,6 +42,9 @@ class Window {
     int LineOf(std::string_view game);
     // A click on the game's line.
     void Select(int line);
+    // What the window does when it becomes active again (after the search window or a dialog):
+    // reads the selected game's recipe afresh and brings every control in line with it.
+    void Activate();
     // A click on the resolution row; false when the row is not offered.
     bool SelectResolution(std::string_view resolution);
     // The class text the status label shows for a line, from the line's colour.

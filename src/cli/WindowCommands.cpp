@@ -51,6 +51,17 @@ std::string Status(Window& window) {
     return window.gui().StatusLbl().Caption();
 }
 
+// 0 when the window offers the command's button for the selected game; else 1, with the game's
+// state said: the command line does not press a button the window disables or hides.
+int Unavailable(Window& window, int button, std::string_view command, std::ostream& err) {
+    const forms::Control& image = window.gui().BtnImageBox(button);
+    if (image.Visible() && image.Enabled()) return 0;
+    err << "optera-cli: " << command << " is not possible for \""
+        << Utf8(window.gui().GameList().SelectedItem()->Text) << "\" now: " << Utf8(Status(window))
+        << '\n';
+    return 1;
+}
+
 }  // namespace
 
 int ListGames(Window& window, std::optional<bool> all, bool json, std::ostream& out) {
@@ -157,7 +168,13 @@ int ResolutionsCommand(Window& window, const std::string& game, bool json, std::
 }
 
 int OptimizeGame(Window& window, const GameChoice& choice, std::ostream& out, std::ostream& err) {
+    // Held from before the game is looked at, so that the state the choice rests on is not
+    // changed by another Optera until the run has ended.
+    auto hold = window.logic().HoldForChanges();
+    if (!hold) return 1;
     if (int usage = Choose(window, choice, err)) return usage;
+    if (int refused = Unavailable(window, mainwindow::button::Optimize, "optimize", err))
+        return refused;
     window.dialogs().confirmed = false;
     window.logic().RunCommand(mainwindow::button::Optimize);
     out << Utf8(Status(window)) << '\n';
@@ -166,7 +183,11 @@ int OptimizeGame(Window& window, const GameChoice& choice, std::ostream& out, st
 
 int RestoreGame(Window& window, Session& session, const std::string& game, std::ostream& out,
                 std::ostream& err) {
+    auto hold = window.logic().HoldForChanges();
+    if (!hold) return 1;
     if (int usage = Choose(window, {game, ""}, err)) return usage;
+    if (int refused = Unavailable(window, mainwindow::button::Restore, "restore", err))
+        return refused;
     session.prompts().lastAnswer.reset();
     window.logic().RunCommand(mainwindow::button::Restore);
     out << Utf8(Status(window)) << '\n';
@@ -176,6 +197,8 @@ int RestoreGame(Window& window, Session& session, const std::string& game, std::
 int LocateGameCommand(Window& window, Session& session, const std::string& game,
                       const std::string& exe, std::ostream& out, std::ostream& err) {
     if (int usage = Choose(window, {game, ""}, err)) return usage;
+    if (int refused = Unavailable(window, mainwindow::button::Browse, "locate", err))
+        return refused;
     std::string windows = exe;
     if (!exe.empty() && exe.front() == '/') {
         auto mapped = session.wine().files().ToWindowsPath(exe);
@@ -203,6 +226,8 @@ int UncheckGame(Window& window, const std::string& game, std::ostream& out, std:
 
 int SearchGame(Window& window, const std::string& game, std::ostream& out, std::ostream& err) {
     if (int usage = Choose(window, {game, ""}, err)) return usage;
+    if (int refused = Unavailable(window, mainwindow::button::Search, "search", err))
+        return refused;
     discovery::Scanner& scanner = window.logic().scanner();
     auto last = std::chrono::steady_clock::now() - std::chrono::seconds(1);
     scanner.Form().onChange = [&](forms::Control& control, std::string_view property) {
@@ -214,6 +239,8 @@ int SearchGame(Window& window, const std::string& game, std::ostream& out, std::
     };
     window.logic().RunCommand(mainwindow::button::Search);
     scanner.Form().onChange = nullptr;
+    // The search window has gone: the window reads the game afresh, with the place found.
+    window.Activate();
     out << Utf8(Status(window)) << '\n';
     // Nothing found (or cancelled) leaves the Search button ready for another try.
     return window.gui().BtnImageBox(mainwindow::button::Search).Enabled() ? 1 : 0;

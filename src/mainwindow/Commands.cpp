@@ -63,7 +63,7 @@ void MainWindowLogic::RunCommand(int index) {
             OptimizeCommand();
             break;
         case button::Restore:
-            optimizer_.RestoreOriginals();
+            RestoreCommand();
             break;
         case button::Browse:
             LocateGame();
@@ -108,8 +108,27 @@ void MainWindowLogic::OptimizeCommand() {
         ConfirmCaption(state_.Selected.SelectedWidth, state_.Selected.SelectedHeight));
     confirm_.Form().SetVisible(true);
     modal_.ShowModal(confirm_.Form());
-    if (optimizer_.ProceedFlag) optimizer_.OptimizeAndLockButtons();
+    if (optimizer_.ProceedFlag) {
+        if (auto hold = HoldForChanges())
+            optimizer_.OptimizeAndLockButtons();
+        else
+            optimizer_.ProceedFlag = false;
+    }
     SelectGame();
+}
+
+void MainWindowLogic::RestoreCommand() {
+    // Taken before the restore's question, so that what the user agrees to is what is undone:
+    // no other Optera changes the game between the answer and the last write.
+    if (auto hold = HoldForChanges()) optimizer_.RestoreOriginals();
+}
+
+std::optional<platform::ChangeHold> MainWindowLogic::HoldForChanges() {
+    platform::ChangeHold hold(services_.machine.changeLock);
+    if (hold.held()) return hold;
+    services_.prompts.ShowMessage(
+        {"", hold.failure(), MessageButtons::Ok, MessageIcon::Exclamation});
+    return std::nullopt;
 }
 
 void MainWindowLogic::SearchCommand() {

@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,6 +84,7 @@ class MainWindowLogic {
     // The commands by button index, as a release of the button runs them.
     void RunCommand(int index);
     void OptimizeCommand();
+    void RestoreCommand();
     void SearchCommand();
     void ViewCommand();
     void HowToCommand();
@@ -100,6 +102,10 @@ class MainWindowLogic {
 
     // Shows the report window modally in a mode ("Modify", "HowTo", "Native").
     void ShowReport(std::string_view mode);
+
+    // Takes the machine's change lock for a command that writes. When another Optera holds it,
+    // says so in one box and gives nothing: the command then changes nothing.
+    std::optional<platform::ChangeHold> HoldForChanges();
 
     // The web address the Visit Web command opens (the skin gives it).
     std::string WebSiteAddress;

@@ -21,9 +21,14 @@ std::string IdBehind(std::string_view id, std::string_view mark, std::size_t len
     return std::string(id.substr(at + mark.size(), length));
 }
 
+// The two halves of a "<width>x<height>" text; a row written with a capital X counts the same.
+std::vector<std::string> Halves(std::string_view resolution) {
+    return text::Split(text::ToLower(resolution), "x");
+}
+
 // Width and height of a "<width>x<height>" text as numbers.
 std::pair<double, double> Dimensions(std::string_view resolution) {
-    std::vector<std::string> halves = text::Split(resolution, "x");
+    std::vector<std::string> halves = Halves(resolution);
     return {text::LeadingNumber(text::TrimBlanks(text::PieceOr(halves, 0))),
             text::LeadingNumber(text::TrimBlanks(text::PieceOr(halves, 1)))};
 }
@@ -110,14 +115,14 @@ void MainWindowLogic::BuildResolutionList() {
     for (const std::string& resolution : shown) {
         rows.AddItem(resolution);
         gui_.Resolutions.push_back(resolution);
-        if (limit && resolution == *limit) break;
+        if (limit && text::EqualsNoCase(resolution, *limit)) break;
     }
 
     gui_.DefaultResolution = services_.profile.GetIniStringValue(ini, "DEFAULTRES", "Default");
     if (gui_.DefaultResolution.empty()) gui_.DefaultResolution = "0";
     int row = rows.ItemCount();
     for (int i = 1; i <= rows.ItemCount(); ++i)
-        if (rows.Item(i)->Text == gui_.DefaultResolution) {
+        if (text::EqualsNoCase(rows.Item(i)->Text, gui_.DefaultResolution)) {
             row = i;
             break;
         }
@@ -155,14 +160,14 @@ std::int16_t MainWindowLogic::RestrictResolutionList(std::string_view wanted) {
         }
     }
     for (std::size_t i = 0; i < noted.size(); ++i)
-        if (noted[i] == target) return static_cast<std::int16_t>(i + 1);
+        if (text::EqualsNoCase(noted[i], target)) return static_cast<std::int16_t>(i + 1);
     return static_cast<std::int16_t>(rows.ItemCount());
 }
 
 void MainWindowLogic::ResolutionSelected() {
     const forms::ListItem* row = gui_.ResListBox().SelectedItem();
     if (!row) return;
-    std::vector<std::string> halves = text::Split(row->Text, "x");
+    std::vector<std::string> halves = Halves(row->Text);
     if (halves.size() < 2) return;
     auto width = text::RoundToInt16(text::LeadingNumber(text::TrimBlanks(halves[0])));
     if (!width) return;

@@ -2,6 +2,7 @@
 // Everything Optera needs from the machine it works on, passed down as one value. On Linux the
 // machine is a Wine prefix (platform/wine), in tests an in-memory one (platform/fake).
 
+#include "platform/ChangeLock.h"
 #include "platform/DesktopShortcuts.h"
 #include "platform/Display.h"
 #include "platform/Environment.h"
@@ -22,6 +23,7 @@ struct Machine {
     DesktopShortcuts& shortcuts;
     Display& display;
     Shell& shell;
+    ChangeLock& changeLock;
 };
 
 }  // namespace optera::platform

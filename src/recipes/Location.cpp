@@ -1,5 +1,8 @@
 #include "recipes/Location.h"
 
+#include <set>
+#include <utility>
+
 #include "discovery/paths/PathExpansion.h"
 #include "text/NoCase.h"
 #include "text/Split.h"
@@ -51,14 +54,24 @@ bool AnyFileMatches(const FileSystem& files, std::string_view path) {
     return false;
 }
 
+using FolderIds = std::set<std::pair<std::uint64_t, std::uint64_t>>;
+
+// Notes a folder as entered; false when it was entered before, through a link to it (a link to
+// "." or to a folder above would otherwise make the walk endless). A folder whose identity the
+// platform cannot tell counts as new.
+bool FirstEntry(FolderIds& entered, const DirEntry& entry) {
+    if (entry.device == 0 && entry.fileNumber == 0) return true;
+    return entered.insert({entry.device, entry.fileNumber}).second;
+}
+
 // Looks for the leaf in the subfolders of `folder` (whose entries are given), depth first in
 // directory order: each subfolder's own files are tested before its subfolders are entered.
 // Every folder is listed once. On a hit `found` is the folder that holds the match.
 bool SearchSubfolders(const FileSystem& files, const std::string& folder,
                       const std::vector<DirEntry>& entries, std::string_view leaf,
-                      std::string& found) {
+                      FolderIds& entered, std::string& found) {
     for (const DirEntry& entry : entries) {
-        if (!IsFolder(entry)) continue;
+        if (!IsFolder(entry) || !FirstEntry(entered, entry)) continue;
         std::string subfolder = folder + entry.name + '\\';
         auto subEntries = files.List(subfolder);
         if (!subEntries) continue;
@@ -68,7 +81,7 @@ bool SearchSubfolders(const FileSystem& files, const std::string& folder,
                 return true;
             }
         }
-        if (SearchSubfolders(files, subfolder, *subEntries, leaf, found)) return true;
+        if (SearchSubfolders(files, subfolder, *subEntries, leaf, entered, found)) return true;
     }
     return false;
 }
@@ -135,8 +148,10 @@ bool LocateFile(const FileSystem& files, std::string& path) {
     std::string folder(split.folder);
     auto entries = files.List(folder);
     if (!entries) return false;
+    FolderIds entered;
+    if (auto self = files.FileIdentity(folder)) entered.insert(*self);
     std::string found;
-    if (!SearchSubfolders(files, folder, *entries, split.leaf, found)) return false;
+    if (!SearchSubfolders(files, folder, *entries, split.leaf, entered, found)) return false;
     path = found + std::string(split.leaf);
     return true;
 }

@@ -4,11 +4,19 @@
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <future>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <sstream>
+#include <thread>
 
 #include "support/TempFolder.h"
 
@@ -55,14 +63,16 @@ class Cli : public ::testing::Test {
         return prefix() / "drive_c" / "Games" / relative;
     }
 
-    Ran Optera(const std::string& arguments) {
-        const fs::path err = temp.path() / "stderr";
-        std::string command =
-            "env -u DISPLAY -u WINEPREFIX -u OPTERA_HOME HOME=" + Quote(temp.path().string()) +
-            " XDG_DESKTOP_DIR=" + Quote((temp.path() / "Desktop").string()) +
-            " OPTERA_DISPLAY_MODES=5760x1080x32@60,3840x1024x32@60 " + Quote(OPTERA_CLI) +
-            " --home " + Quote(home().string()) + " --prefix " + Quote(prefix().string()) + " " +
-            arguments + " </dev/null 2>" + Quote(err.string());
+    // Runs optera-cli; `environment` adds NAME=value words. Safe to call from two threads.
+    Ran Optera(const std::string& arguments, const std::string& environment = "") {
+        const fs::path err = temp.path() / ("stderr-" + std::to_string(runs_++));
+        std::string command = "env -u DISPLAY -u WINEPREFIX -u OPTERA_HOME " + environment +
+                              " HOME=" + Quote(temp.path().string()) +
+                              " XDG_DESKTOP_DIR=" + Quote((temp.path() / "Desktop").string()) +
+                              " OPTERA_DISPLAY_MODES=5760x1080x32@60,3840x1024x32@60 " +
+                              Quote(OPTERA_CLI) + " --home " + Quote(home().string()) +
+                              " --prefix " + Quote(prefix().string()) + " " + arguments +
+                              " </dev/null 2>" + Quote(err.string());
         Ran run;
         FILE* pipe = ::popen(command.c_str(), "r");
         char buffer[4096];
@@ -71,10 +81,33 @@ class Cli : public ::testing::Test {
         const int status = ::pclose(pipe);
         run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         run.err = ReadFile(err);
+        fs::remove(err);
         return run;
     }
 
+    // Every file below the test's folder with its content, but the lock file that Optera
+    // leaves in the prefix: what a run that changes nothing leaves as it was.
+    std::map<std::string, std::string> Snapshot() const {
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::recursive_directory_iterator(temp.path()))
+            if (entry.is_regular_file() && entry.path().filename() != ".optera.lock")
+                files[entry.path().lexically_relative(temp.path()).string()] =
+                    ReadFile(entry.path());
+        return files;
+    }
+    // The files made, changed or removed since the snapshot.
+    std::vector<std::string> ChangedSince(const std::map<std::string, std::string>& before) const {
+        std::map<std::string, std::string> now = Snapshot();
+        std::vector<std::string> changed;
+        for (const auto& [name, bytes] : now)
+            if (!before.contains(name) || before.at(name) != bytes) changed.push_back(name);
+        for (const auto& [name, bytes] : before)
+            if (!now.contains(name)) changed.push_back(name);
+        return changed;
+    }
+
     optera::testing::TempFolder temp;
+    std::atomic<int> runs_{0};
 };
 
 TEST_F(Cli, ListsEveryClassAndSelectsAsTheWindowWould) {
@@ -158,6 +191,7 @@ TEST_F(Cli, LocatesUnchecksSearchesAndWritesTheBlankRecipe) {
     std::ofstream(prefix() / "drive_c" / "Apps" / "Tunnels" / "tunnels.exe") << "MZ";
     Ran search = Optera("search 'Deep Tunnels'");
     EXPECT_EQ(search.code, 0) << search.err;
+    EXPECT_EQ(search.out, "Game CFG file not found\n") << "the state with the place found";
     EXPECT_NE(ReadFile(home() / "MODS" / "Deep Tunnels.txt")
                   .find("USERLOC=C:\\Apps\\Tunnels\\tunnels.exe"),
               std::string::npos);
@@ -175,6 +209,110 @@ TEST_F(Cli, LocatesUnchecksSearchesAndWritesTheBlankRecipe) {
         ReadFile(home() / "MODS" / "_BLANK.txt")
             .find("[RESDEPENDENT.1]\r\n2400x600=\r\n3072x768=\r\n3840x1024=\r\n5760x1080=\r\n"),
         std::string::npos);
+}
+
+// What the window would not let a user press, the command line refuses too, naming the game's
+// state, and changes nothing.
+TEST_F(Cli, CommandsTheWindowDisablesAreRefused) {
+    const struct {
+        const char* command;
+        const char* state;
+    } cases[] = {
+        {"optimize 'Retro Arena'", "Game has been optimized"},
+        {"optimize 'Broken Bridge'", "Game CFG file not found"},
+        {"optimize 'Horizon Wide'", "Game has native support"},
+        {"optimize 'Deep Tunnels'", "Game not detected"},
+        {"restore 'Sample Racer'", "Game not optimized yet"},
+        {"locate 'Sample Racer' 'C:\\Games\\Sample Racer\\bin\\racer.exe'",
+         "Game not optimized yet"},
+        {"search 'Canyon Flight'", "Game not optimized yet"},
+    };
+    const auto before = Snapshot();
+    for (const auto& c : cases) {
+        Ran run = Optera(std::string("--yes ") + c.command);
+        EXPECT_EQ(run.code, 1) << c.command;
+        EXPECT_NE(run.err.find(std::string("now: ") + c.state), std::string::npos)
+            << c.command << ": " << run.err;
+        EXPECT_EQ(ChangedSince(before), std::vector<std::string>{}) << c.command;
+    }
+}
+
+// While another Optera changes the prefix, a second one waits a short while, then says so and
+// changes nothing.
+TEST_F(Cli, AnotherOpterasRunIsWaitedForThenRefused) {
+    const auto before = Snapshot();
+    const int held =
+        ::open((prefix() / ".optera.lock").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0644);
+    ASSERT_EQ(::flock(held, LOCK_EX), 0);
+    for (const char* command :
+         {"optimize 'Sample Racer' --resolution 3840x1024", "restore 'Retro Arena'"}) {
+        Ran busy = Optera(std::string("--yes ") + command, "OPTERA_LOCK_WAIT_MS=100");
+        EXPECT_EQ(busy.code, 1) << command;
+        EXPECT_NE(busy.err.find("Another Optera is busy"), std::string::npos) << busy.err;
+        EXPECT_EQ(ChangedSince(before), std::vector<std::string>{}) << command;
+    }
+    // Let go within the wait, the run goes ahead.
+    auto later = std::async(std::launch::async, [held] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        ::close(held);
+    });
+    Ran waited = Optera("--yes optimize 'Sample Racer' --resolution 3840x1024");
+    later.wait();
+    EXPECT_EQ(waited.code, 0) << waited.err;
+    EXPECT_EQ(waited.out, "Game has been optimized\n");
+}
+
+// Two Opteras on one game at once, round after round: whatever order their runs take, no
+// original copy is lost, and a restore at the end gives every file and value back.
+TEST_F(Cli, TwoOpterasAtOnceLoseNothing) {
+    struct Watched {
+        fs::path file, copy;
+        std::string original;
+    };
+    std::vector<Watched> watched;
+    for (const char* name : {"bin/video", "saves/player1", "saves/player2"}) {
+        const fs::path file = game(std::string("Sample Racer/") + name);
+        const fs::path real =
+            fs::exists(file.string() + ".ini") ? file.string() + ".ini" : file.string() + ".cfg";
+        watched.push_back({real, file.string() + ".original", ReadFile(real)});
+    }
+    const std::string width = "\"Width\"=dword:00000400";
+    ASSERT_NE(ReadFile(prefix() / "user.reg").find(width), std::string::npos);
+    const std::string optimize = "--yes optimize 'Sample Racer' --resolution 3840x1024";
+    const std::string restore = "--yes restore 'Sample Racer'";
+    // Two Opteras, each optimizing and restoring in turn, out of step with each other.
+    auto worker = [&](int start) {
+        std::vector<Ran> runs;
+        for (int round = 0; round < 24; ++round)
+            runs.push_back(Optera((round + start) % 2 == 0 ? optimize : restore));
+        return runs;
+    };
+    auto first = std::async(std::launch::async, worker, 0);
+    std::vector<Ran> runs = worker(1);
+    for (const Ran& run : first.get()) runs.push_back(run);
+    int done = 0;
+    for (const Ran& run : runs) {
+        EXPECT_TRUE(run.code == 0 || run.code == 1) << run.err;
+        EXPECT_EQ(run.err.find("Another Optera is busy"), std::string::npos) << run.err;
+        done += run.code == 0;
+    }
+    EXPECT_GT(done, 4) << "the runs raced without doing anything";
+    // A file without its copy is the original; a copy is the original.
+    for (const Watched& w : watched) {
+        if (!fs::exists(w.copy)) {
+            EXPECT_EQ(ReadFile(w.file), w.original) << w.file;
+            continue;
+        }
+        EXPECT_EQ(ReadFile(w.copy), w.original) << w.copy;
+    }
+    if (fs::exists(watched.front().copy)) {
+        EXPECT_EQ(Optera(restore).code, 0);
+    }
+    for (const Watched& w : watched) {
+        EXPECT_EQ(ReadFile(w.file), w.original) << w.file;
+        EXPECT_FALSE(fs::exists(w.copy)) << w.copy;
+    }
+    EXPECT_NE(ReadFile(prefix() / "user.reg").find(width), std::string::npos);
 }
 
 TEST_F(Cli, WrongUseSaysWhatIsWrongAndWhatWouldBeRight) {

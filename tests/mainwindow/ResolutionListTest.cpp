@@ -128,6 +128,25 @@ TEST_F(ResolutionList, ARecipeNarrowsTheRowsAndPicksOne) {
     EXPECT_EQ(logic.state().Selected.SelectedHeight, 768);
 }
 
+// Rows written with a capital X are shown as written and count as any other: sorted, found as
+// the default or the wanted row, compared with a range, and taken up when clicked.
+TEST_F(ResolutionList, RowsWithACapitalXCountLikeAnyOther) {
+    fake.display.modes.push_back({1280, 960, 32, 60});
+    Ini("[RESOLUTIONS]\r\n1280X1024\r\n3840X1024\r\n1280x960\r\n"
+        "[DEFAULTRES]\r\nDefault=1280X960\r\n");
+    logic.BuildResolutionList();
+    EXPECT_EQ(Rows(), (Rows_{"[1280x960]", "1280X1024", "3840X1024"}));
+
+    gui.GameList().AddItem("Game").Selected = true;
+    fake.files.PutFile("C:\\Optera\\MODS\\Game.txt", "[GAMERESOLUTIONS]\r\nMin=1280X1000\r\n");
+    EXPECT_EQ(logic.RestrictResolutionList("3840x1024"), 2);
+    EXPECT_EQ(Rows(), (Rows_{"1280X1024", "3840X1024"}));
+    gui.ResListBox().Select(1);
+    gui.ResListBox().Raise("Click");
+    EXPECT_EQ(logic.state().Selected.SelectedWidth, 1280);
+    EXPECT_EQ(logic.state().Selected.SelectedHeight, 1024);
+}
+
 TEST(DisplayModes, EntriesAndTheCurrentMode) {
     platform::FakeDisplay display;
     display.modes = {{3840, 1024, 32, 60},

@@ -12,6 +12,7 @@
 #include "mainwindow/model/GameMessage.h"
 #include "platform/fake/ScriptedPrompts.h"
 #include "platform/wine/HostFiles.h"
+#include "platform/wine/PrefixChangeLock.h"
 #include "platform/wine/WineMachine.h"
 #include "support/WinePrefix.h"
 
@@ -153,7 +154,8 @@ class UserRoads : public optera::testing::WinePrefixTest {
         prefix(),
         {{"HOME", (prefix() / "home").string()},
          {"XDG_DESKTOP_DIR", (prefix() / "desk").string()},
-         {"OPTERA_DISPLAY_MODES", "5760x1080x32@60,3840x1024x32@60,1920x1080x32@60,800x600x8@60"}},
+         {"OPTERA_DISPLAY_MODES", "5760x1080x32@60,3840x1024x32@60,1920x1080x32@60,800x600x8@60"},
+         {"OPTERA_LOCK_WAIT_MS", "50"}},
         prefix() / "settings.ini"};
     platform::ScriptedPrompts prompts;
     services::cPrivateProfile profile{wine.files()};
@@ -250,6 +252,49 @@ TEST_F(UserRoads, OptimizeWithNoThenYesThenRestore) {
     EXPECT_EQ(Read("drive_c/Games/Sample/Bin/video.ini"), kVideo);
     EXPECT_EQ(Status(), "Game not optimized yet");
     EXPECT_EQ(Buttons().substr(0, 2), "Es");
+}
+
+// Optimize and Restore hold the prefix's change lock through their writes; while another Optera
+// holds it, they say so and change nothing.
+TEST_F(UserRoads, AnotherOpterasRunStopsOptimizeAndRestoreBeforeAnyChange) {
+    platform::PrefixChangeLock other(prefix(), std::chrono::milliseconds(0));
+    std::vector<std::string> heldAt;
+    prompts.onMessage = [&](const platform::PromptMessage& box) {
+        if (other.Acquire().empty())
+            other.Release();
+        else
+            heldAt.push_back(box.title);
+    };
+    Select("Sample");
+    const std::string user = Read("user.reg");
+    for (int button : {mainwindow::button::Optimize, mainwindow::button::Restore}) {
+        ASSERT_EQ(other.Acquire(), "");
+        dialogs.confirmButtons = {"YesButton"};
+        prompts.Answer(MessageAnswer::Yes);
+        prompts.shown.clear();
+        Press(button);
+        other.Release();
+        ASSERT_EQ(prompts.shown.size(), 1u) << "no question is asked";
+        EXPECT_EQ(prompts.shown[0].title, "");
+        EXPECT_EQ(prompts.shown[0].text.rfind("Another Optera is busy changing the Wine prefix", 0),
+                  0u)
+            << prompts.shown[0].text;
+        EXPECT_EQ(prompts.shown[0].icon, MessageIcon::Exclamation);
+        EXPECT_EQ(Read("drive_c/Games/Sample/Bin/video.ini"),
+                  button == mainwindow::button::Optimize ? kVideo : "[Display]\r\nWidth=3840\r\n");
+        if (button == mainwindow::button::Optimize) {
+            EXPECT_EQ(Read("user.reg"), user);
+            EXPECT_EQ(Status(), "Game not optimized yet");
+        }
+        // Once the other has finished, the same press goes through, holding the lock meanwhile.
+        dialogs.confirmButtons = {"YesButton"};
+        prompts.Answer(MessageAnswer::Yes);
+        heldAt.clear();
+        Press(button);
+        EXPECT_EQ(heldAt.size(), 1u) << "the launcher's question, or the restore's";
+        EXPECT_EQ(Status(), button == mainwindow::button::Optimize ? "Game has been optimized"
+                                                                   : "Game not optimized yet");
+    }
 }
 
 TEST_F(UserRoads, ARecipeWithoutAValueForTheResolutionIsNotOptimized) {

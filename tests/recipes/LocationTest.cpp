@@ -1,12 +1,16 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <random>
 
 #include "platform/WindowsPath.h"
 #include "platform/fake/FakeFileSystem.h"
 #include "platform/fake/FakeKeyStore.h"
 #include "platform/fake/ScriptedPrompts.h"
+#include "platform/wine/WineFileSystem.h"
 #include "recipes/Location.h"
+#include "support/InChild.h"
+#include "support/TempFolder.h"
 #include "text/Wildcard.h"
 
 using namespace optera;
@@ -112,6 +116,27 @@ TEST(LocateFile, GivesTheSameAnswersAsARestartingDirectoryCursor) {
             ASSERT_EQ(found, LocateByRestartingCursor(files, reference)) << leaf;
             ASSERT_EQ(ours, reference) << leaf;
         }
+    }
+}
+
+// Folder links back to the folder itself or to one above it: each folder is entered once, so
+// the walk ends, and what lies below is still found by its real path.
+TEST(LocateFile, LinkLoopsEndTheWalk) {
+    namespace fs = std::filesystem;
+    optera::testing::TempFolder temp;
+    temp.Write("drive_c/G/a/deep/game.exe", "MZ");
+    const std::pair<const char*, const char*> links[] = {
+        {"G/self", "."}, {"G/same", "."}, {"G/a/up", ".."}, {"G/a/deep/top", "../.."}};
+    for (const auto& [link, target] : links)
+        fs::create_directory_symlink(target, temp.path() / "drive_c" / link);
+    fs::create_directories(temp.path() / "dosdevices");
+    fs::create_directory_symlink("../drive_c", temp.path() / "dosdevices/c:");
+    platform::WineFileSystem files(temp.path());
+    for (const auto& [path, expected] : {std::pair{"C:\\G\\game.exe", "C:\\G\\a\\deep\\game.exe"},
+                                         std::pair{"C:\\G\\missing.exe", "not found"}}) {
+        auto located = optera::testing::InChild(std::chrono::seconds(5),
+                                                [&, p = path] { return Located(files, p); });
+        EXPECT_EQ(located.value_or("(still walking)"), expected) << path;
     }
 }
 

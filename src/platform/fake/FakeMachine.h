@@ -74,6 +74,28 @@ class FakeShell : public Shell {
     }
 };
 
+// The change lock of a machine in memory. While `heldElsewhere` is set another Optera holds it:
+// Acquire fails at once with `busyReason`.
+class FakeChangeLock : public ChangeLock {
+  public:
+    bool heldElsewhere = false;
+    std::string busyReason = "Another Optera is busy changing this machine.";
+    // True while this program holds the lock.
+    bool held() const { return depth_ > 0; }
+
+    std::string Acquire() override {
+        if (depth_ == 0 && heldElsewhere) return busyReason;
+        ++depth_;
+        return {};
+    }
+    void Release() override {
+        if (depth_ > 0) --depth_;
+    }
+
+  private:
+    int depth_ = 0;
+};
+
 struct FakeMachine {
     FakeFileSystem files;
     FakeKeyStore registry{true};  // a 64-bit machine, with both views
@@ -83,10 +105,11 @@ struct FakeMachine {
     FakeDesktopShortcuts shortcuts;
     FakeDisplay display;
     FakeShell shell;
+    FakeChangeLock changeLock;
 
     Machine machine() {
-        return Machine{files,        registry,  environment, specialFolders,
-                       userSettings, shortcuts, display,     shell};
+        return Machine{files,     registry, environment, specialFolders, userSettings,
+                       shortcuts, display,  shell,       changeLock};
     }
 };
 

@@ -4,6 +4,7 @@ namespace optera::platform {
 
 MessageAnswer ScriptedPrompts::ShowMessage(const PromptMessage& box) {
     shown.push_back(box);
+    if (onMessage) onMessage(box);
     if (box.buttons == MessageButtons::Ok) return MessageAnswer::Ok;
     if (answers_.empty()) return MessageAnswer::No;
     MessageAnswer answer = answers_.front();

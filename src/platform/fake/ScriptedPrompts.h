@@ -31,6 +31,8 @@ class ScriptedPrompts : public Prompts {
         if (onPendingEvents) onPendingEvents();
     }
     std::function<void()> onPendingEvents;
+    // Called with every box as it is shown, through which a test looks at the machine then.
+    std::function<void(const PromptMessage&)> onMessage;
     int fileDialogs = 0;
 
     std::vector<PromptMessage> shown;

@@ -16,7 +16,8 @@ WineMachine::WineMachine(fs::path prefix, const EnvironmentVariables& host, fs::
       userSettings_(std::move(settingsFile)),
       shortcuts_(files_, host),
       display_(host),
-      shell_(files_, host) {}
+      shell_(files_, host),
+      changeLock_(files_.prefix(), PrefixChangeLock::PatienceFrom(host)) {}
 
 fs::path WineMachine::DefaultPrefix(const EnvironmentVariables& host) {
     auto prefix = host.find("WINEPREFIX");

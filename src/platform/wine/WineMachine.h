@@ -7,6 +7,7 @@
 #include "platform/Machine.h"
 #include "platform/wine/HostDisplay.h"
 #include "platform/wine/HostShell.h"
+#include "platform/wine/PrefixChangeLock.h"
 #include "platform/wine/UserSettingsFile.h"
 #include "platform/wine/WineDesktopShortcuts.h"
 #include "platform/wine/WineEnvironment.h"
@@ -39,10 +40,11 @@ class WineMachine {
     WineDesktopShortcuts& shortcuts() { return shortcuts_; }
     HostDisplay& display() { return display_; }
     HostShell& shell() { return shell_; }
+    PrefixChangeLock& changeLock() { return changeLock_; }
 
     Machine machine() {
-        return Machine{files_,        registry_,  environment_, specialFolders_,
-                       userSettings_, shortcuts_, display_,     shell_};
+        return Machine{files_,     registry_, environment_, specialFolders_, userSettings_,
+                       shortcuts_, display_,  shell_,       changeLock_};
     }
 
   private:
@@ -54,6 +56,7 @@ class WineMachine {
     WineDesktopShortcuts shortcuts_;
     HostDisplay display_;
     HostShell shell_;
+    PrefixChangeLock changeLock_;
 };
 
 }  // namespace optera::platform

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <thread>
 
 #include "platform/wine/HostFiles.h"
 
@@ -93,7 +94,10 @@ WineServerState FindWineServer(const fs::path& prefix) {
         if (!file.ok()) continue;
         struct flock range = ServerLockRange();
         if (::fcntl(file.fd(), F_GETLK, &range) != 0) continue;
-        if (range.l_type != F_UNLCK) return {true, static_cast<long>(range.l_pid), lock};
+        // A lock of an open file (no process, l_pid -1) is another Optera writing the registry
+        // for a moment: a wineserver takes the lock of its process.
+        if (range.l_type != F_UNLCK && range.l_pid != -1)
+            return {true, static_cast<long>(range.l_pid), lock};
     }
     return {};
 }
@@ -103,7 +107,8 @@ std::string WineServerRunningReason(const fs::path& prefix) {
     return server.running ? RunningSentence(prefix, server.pid) : std::string();
 }
 
-WineServerLock::WineServerLock(const fs::path& prefix) {
+WineServerLock::WineServerLock(const fs::path& prefix, std::chrono::milliseconds patience)
+    : patience_(patience) {
     std::vector<fs::path> folders = WineServerFolders(prefix);
     if (folders.empty()) failure_ = "There is no Wine prefix at " + prefix.string() + ".";
     for (const fs::path& folder : folders)
@@ -135,18 +140,30 @@ bool WineServerLock::Take(const fs::path& folder, const fs::path& prefix) {
     fds_.push_back(fd);
     // A lock of the open file rather than of the process: closing another descriptor of the
     // same file in this process must not release it.
-    struct flock range = ServerLockRange();
-    int taken = ::fcntl(fd, F_OFD_SETLK, &range);
-    if (taken != 0 && errno == EINVAL) taken = ::fcntl(fd, F_SETLK, &range);
-    if (taken == 0) return true;
-    if (errno == EAGAIN || errno == EACCES) {
+    const auto deadline = std::chrono::steady_clock::now() + patience_;
+    for (;;) {
+        struct flock range = ServerLockRange();
+        int taken = ::fcntl(fd, F_OFD_SETLK, &range);
+        if (taken != 0 && errno == EINVAL) taken = ::fcntl(fd, F_SETLK, &range);
+        if (taken == 0) return true;
+        if (errno != EAGAIN && errno != EACCES) break;
         struct flock holder = ServerLockRange();
         long pid = ::fcntl(fd, F_GETLK, &holder) == 0 ? static_cast<long>(holder.l_pid) : 0;
-        failure_ = RunningSentence(prefix, pid);
-    } else {
-        failure_ = "Optera cannot take Wine's lock for this prefix (" + folder.string() +
-                   "/lock: " + std::strerror(errno) + "), so it leaves the registry files alone.";
+        if (holder.l_type == F_UNLCK) continue;  // let go of meanwhile
+        if (pid != -1) {
+            failure_ = RunningSentence(prefix, pid);
+            return false;
+        }
+        // Another Optera holds it for one registry write: wait for it, a short while.
+        if (std::chrono::steady_clock::now() >= deadline) {
+            failure_ = "Another Optera is writing the registry of the Wine prefix " +
+                       prefix.string() + ". Nothing was changed; try again when it has finished.";
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
+    failure_ = "Optera cannot take Wine's lock for this prefix (" + folder.string() +
+               "/lock: " + std::strerror(errno) + "), so it leaves the registry files alone.";
     return false;
 }
 

@@ -9,6 +9,7 @@
 // the /tmp folder that the prefix's file `wineserver` names. Both places are looked at. The
 // folder stays after the server exits: only a held lock means a live server.
 
+#include <chrono>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -40,7 +41,10 @@ std::string WineServerRunningReason(const std::filesystem::path& prefix);
 // the same process (which opens and closes the lock file) does not drop it.
 class WineServerLock {
   public:
-    explicit WineServerLock(const std::filesystem::path& prefix);
+    // Another Optera's hold on the lock (for one registry write) is waited for up to
+    // `patience`; a wineserver's is not waited for.
+    explicit WineServerLock(const std::filesystem::path& prefix,
+                            std::chrono::milliseconds patience = std::chrono::seconds(5));
     ~WineServerLock();
     WineServerLock(const WineServerLock&) = delete;
     WineServerLock& operator=(const WineServerLock&) = delete;
@@ -53,6 +57,7 @@ class WineServerLock {
   private:
     bool Take(const std::filesystem::path& folder, const std::filesystem::path& prefix);
 
+    std::chrono::milliseconds patience_;
     std::vector<int> fds_;
     std::string failure_;
 };

@@ -6,6 +6,8 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <memory>
+#include <thread>
 
 #include "HivePrefix.h"
 #include "platform/wine/WineKeyStore.h"
@@ -75,8 +77,8 @@ TEST_F(WineServerLockTest, HeldLockStopsAStartingServer) {
     {
         WineServerLock lock(prefix());
         ASSERT_TRUE(lock.held()) << lock.failure();
-        // Looking for a server opens and closes the lock file: the lock must outlive that.
-        EXPECT_TRUE(FindWineServer(prefix()).running);
+        // Another Optera's hold is no server: Wine is not said to run.
+        EXPECT_FALSE(FindWineServer(prefix()).running);
         for (const fs::path& folder : folders) {
             EXPECT_FALSE(ServerCouldStart(folder)) << folder;
             struct stat st {};
@@ -85,9 +87,29 @@ TEST_F(WineServerLockTest, HeldLockStopsAStartingServer) {
             ASSERT_EQ(::stat((folder / "lock").c_str(), &st), 0);
             EXPECT_EQ(st.st_mode & 0777, 0600u);
         }
-        EXPECT_FALSE(WineServerLock(prefix()).held());
+        // Looking for a server opens and closes the lock file: the lock must outlive that.
+        WineServerLock second(prefix(), std::chrono::milliseconds(100));
+        EXPECT_FALSE(second.held());
+        EXPECT_NE(second.failure().find("Another Optera is writing the registry"),
+                  std::string::npos)
+            << second.failure();
     }
     for (const fs::path& folder : folders) EXPECT_TRUE(ServerCouldStart(folder)) << folder;
+}
+
+// A write while another Optera holds the registry for a moment waits for it instead of failing.
+TEST_F(WineServerLockTest, AWriteWaitsForAnotherOpterasRegistryWrite) {
+    WineKeyStore store(prefix());
+    auto other = std::make_unique<WineServerLock>(prefix());
+    ASSERT_TRUE(other->held());
+    EXPECT_EQ(store.WhyNotWritable(), "");
+    std::thread finishes([&other] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        other.reset();
+    });
+    EXPECT_EQ(Write(store, hkey::CurrentUser, "Software\\Game", "v", regtype::Sz, Sz("2")), 0);
+    finishes.join();
+    EXPECT_EQ(ReadText(store, hkey::CurrentUser, "Software\\Game", "v"), "2");
 }
 
 }  // namespace
