@@ -83,6 +83,8 @@ TEST(ScanOnDisk, LinksBackAndTheKernelsFoldersAreNotEntered) {
     temp.Write("drive_c/other/note.txt", "");
     fs::create_directory_symlink("..", temp.path() / "drive_c/other/up");
     fs::create_directory_symlink("../other", temp.path() / "drive_c/games/across");
+    fs::create_directory_symlink(".", temp.path() / "drive_c/games/self");
+    fs::create_directory_symlink(".", temp.path() / "drive_c/games/same");
     fs::create_directories(temp.path() / "dosdevices");
     fs::create_directory_symlink("../drive_c", temp.path() / "dosdevices/c:");
     fs::create_directory_symlink("/", temp.path() / "dosdevices/z:");
