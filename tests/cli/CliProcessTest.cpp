@@ -206,6 +206,27 @@ TEST_F(Cli, ForeignTextCrossesTheTerminalAsUtf8) {
     ASSERT_EQ(resolutions.code, 0) << resolutions.err;
     EXPECT_EQ(nlohmann::json::parse(resolutions.out)["default"], "1024x768 (\u00e9cran)")
         << resolutions.out;
+
+    // A recipe and a game folder named with an accent: Wine keeps both names in UTF-8 on the
+    // host, the recipe's text names the folder in the code page.
+    const std::string cafe = "Orbital Caf\xC3\xA9";
+    std::string recipe = ReadFile(home() / "MODS" / "Orbital Command.txt");
+    const std::string folder = "C:\\Games\\Orbital Command";
+    recipe.replace(recipe.find(folder), folder.size(), "C:\\Jeux\\Orbital Caf\xE9");
+    fs::remove(home() / "MODS" / "Orbital Command.txt");
+    std::ofstream(home() / "MODS" / (cafe + ".txt"), std::ios::binary) << recipe;
+    fs::create_directories(prefix() / "drive_c" / "Jeux");
+    fs::rename(game("Orbital Command"), prefix() / "drive_c" / "Jeux" / cafe);
+
+    Ran list = Optera("list");
+    EXPECT_NE(list.out.find(cafe + "\tGame not optimized yet\n"), std::string::npos) << list.out;
+    Ran select = Optera("select " + Quote(cafe) + " --json");
+    ASSERT_EQ(select.code, 0) << select.err;
+    EXPECT_EQ(nlohmann::json::parse(select.out)["path"], "C:\\Jeux\\" + cafe) << select.out;
+    Ran optimize = Optera("--yes optimize " + Quote(cafe) + " --resolution 3840x1024");
+    EXPECT_EQ(optimize.code, 0) << optimize.err;
+    EXPECT_NE(ReadFile(prefix() / "drive_c" / "Jeux" / cafe / "settings.cfg").find("3840"),
+              std::string::npos);
 }
 
 }  // namespace
