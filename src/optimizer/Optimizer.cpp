@@ -80,6 +80,8 @@ void Optimizer::RunOptimization() {
 
     if (Game().ForceModFilesToReadOnly) {
         for (const recipes::CfgEntry& entry : Game().CfgFiles) {
+            // A file the report names was left as it was, and keeps its marks too.
+            if (Reported(entry.Path)) continue;
             auto attributes = files.Attributes(entry.Path);
             if (attributes && !(*attributes & platform::attr::Directory) &&
                 !(*attributes & platform::attr::ReadOnly) &&
@@ -101,6 +103,12 @@ void Optimizer::RunOptimization() {
     if (forms::ListItem* line = GameLine()) line->ForeColor = gui_.GO_Color;
     gui_.StatusLbl().SetBackColor(gui_.GO_Color);
     gui_.StatusLbl().SetCaption("Game has been optimized");
+}
+
+bool Optimizer::Reported(std::string_view path) const {
+    for (const Shortfall& item : report_.items())
+        if (text::EqualsNoCase(item.what, path)) return true;
+    return false;
 }
 
 void Optimizer::EditConfigFiles() {

@@ -68,6 +68,8 @@ class Optimizer {
     void SyncRegistry(bool restore);
     // Copies each configuration file that has no original yet, then edits it.
     void EditConfigFiles();
+    // Whether the report of this run names the file.
+    bool Reported(std::string_view path) const;
     // Sets RES in the recipe.
     void WriteRecipeResolution(const std::string& resolution);
     // Renames the copy over the file; false, reported, when the copy had to stay.

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "optimizer/ConfigFileEdit.h"
 #include "optimizer/FileLines.h"
 #include "optimizer/TextEdits.h"
@@ -68,66 +66,41 @@ TEST_F(ConfigFileEdit, AMissingFileIsCreatedAndReceivesTheLinesAsAppends) {
     EXPECT_EQ(files.ReadAll(missing), "width1024height768") << "no separator or line end to copy";
 }
 
-// A file that cannot be read, or whose edit cannot be put in its place, stays as it was, with
-// no temporary left beside it, and the edit says why.
+// A file that cannot be read, or whose edit cannot be put in its place, stays as it was, mark
+// included and with no temporary beside it, and the edit says why.
 TEST_F(ConfigFileEdit, AFileThatCannotBeReadOrReplacedStaysAsItWas) {
-    const std::string profileFile = "[Display]\r\nWidth=800\r\n";
-    const std::string xmlFile = "<r><a w=\"800\"/></r>";
-    auto unreadable = [](platform::FakeFileSystem& fs) {
-        fs.FailReadsWhen([](std::string_view p) { return p.ends_with("game.cfg"); });
-    };
-    auto fullDisk = [](platform::FakeFileSystem& fs) {
-        fs.FailWritesWhen([](std::string_view p) { return p.ends_with("Mod_Cfg.tmp"); });
-    };
-    auto readOnly = [this](platform::FakeFileSystem& fs) {
-        fs.SetAttributes(path, platform::attr::ReadOnly);
-    };
-    struct Row {
-        const char* name;
+    enum Trouble { Unreadable, FullDisk, ReadOnly, FullDiskReadOnly };
+    const struct {
         std::string before;
         Lines lines;
-        std::function<void(platform::FakeFileSystem&)> setUp;
+        Trouble trouble;
         std::string failure;
-    };
-    const Row rows[] = {
-        {"unreadable, line edit",
-         "w=800\n",
-         {"w=1024"},
-         unreadable,
-         "it could not be read: permission denied"},
-        {"unreadable, profile edit",
-         profileFile,
-         {"Display,Width=1024"},
-         unreadable,
-         "it could not be read: permission denied"},
-        {"full disk, line edit",
-         "w=800\n",
-         {"w=1024"},
-         fullDisk,
-         "it could not be replaced: the disk is full"},
-        {"full disk, XML edit",
-         xmlFile,
+    } rows[] = {
+        {"w=800\n", {"w=1024"}, Unreadable, "it could not be read: permission denied"},
+        {"w=800\n", {"w=1024"}, FullDiskReadOnly, "it could not be replaced: the disk is full"},
+        {"<r><a w=\"800\"/></r>",
          {"//a[@w]=1024"},
-         fullDisk,
+         FullDisk,
          "it could not be replaced: the disk is full"},
-        {"read-only, profile edit",
-         profileFile,
-         {"Display,Width=1024"},
-         readOnly,
-         "it is read-only"},
-        {"read-only, XML edit", xmlFile, {"//a[@w]=1024"}, readOnly, "it is read-only"},
+        {"<r><a w=\"800\"/></r>", {"//a[@w]=1024"}, ReadOnly, "it is read-only"},
+        {"[Display]\r\nWidth=800\r\n", {"Display,Width=1024"}, ReadOnly, "it is read-only"},
     };
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         platform::FakeFileSystem fresh;
         fresh.PutFile(path, row.before);
-        row.setUp(fresh);
+        if (row.trouble == Unreadable)
+            fresh.FailReadsWhen([](auto p) { return p.ends_with("cfg"); });
+        if (row.trouble == FullDisk || row.trouble == FullDiskReadOnly)
+            fresh.FailWritesWhen([](auto p) { return p.ends_with("Mod_Cfg.tmp"); });
+        if (row.trouble == ReadOnly || row.trouble == FullDiskReadOnly)
+            fresh.SetAttributes(path, platform::attr::ReadOnly);
         const auto marks = fresh.Attributes(path);
-        optimizer::FileEdit edit = optimizer::ModifyConfigFile({fresh, prompts}, path, row.lines);
-        EXPECT_EQ(edit.failure, row.failure) << row.name;
+        EXPECT_EQ(optimizer::ModifyConfigFile({fresh, prompts}, path, row.lines).failure,
+                  row.failure);
         fresh.FailReadsWhen(nullptr);
-        EXPECT_EQ(fresh.ReadAll(path), row.before) << row.name;
-        EXPECT_EQ(fresh.Attributes(path), marks) << row.name;
-        EXPECT_EQ(fresh.List("C:\\Games\\Sample")->size(), 1u) << row.name;
+        EXPECT_EQ(fresh.ReadAll(path), row.before) << row.failure;
+        EXPECT_EQ(fresh.Attributes(path), marks) << row.failure;
+        EXPECT_EQ(fresh.List("C:\\Games\\Sample")->size(), 1u) << row.failure;
     }
 }
 

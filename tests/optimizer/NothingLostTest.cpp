@@ -184,7 +184,10 @@ TEST(NothingLost, AFileThatCannotBeKeptOrChangedIsLeftAsItWasAndReported) {
     };
     for (const Row& row : rows) {
         Bench bench;
+        // Marks too: the file the report names is left as it was, not marked read-only.
+        bench.game.ForceModFilesToReadOnly = true;
         row.setUp(bench);
+        const auto marks = bench.fake.files.Attributes(row.what);
         if (row.restore)
             bench.Restore();
         else
@@ -196,6 +199,7 @@ TEST(NothingLost, AFileThatCannotBeKeptOrChangedIsLeftAsItWasAndReported) {
         ASSERT_EQ(items.size(), 1u) << row.name;
         EXPECT_EQ(items[0].what, row.what) << row.name;
         EXPECT_EQ(items[0].why, row.why) << row.name;
+        EXPECT_EQ(bench.fake.files.Attributes(row.what), marks) << row.name;
     }
 }
 
