@@ -105,15 +105,24 @@ struct Row {
     std::string what, why;                        // the one shortfall reported
 };
 
+// Writes (or reads) of the files whose names end so fail.
+std::function<void(Bench&)> FailWrites(std::string end) {
+    return [end](Bench& b) {
+        b.fake.files.FailWritesWhen([end](std::string_view p) { return p.ends_with(end); });
+    };
+}
+std::function<void(Bench&)> FailReads(std::string end) {
+    return [end](Bench& b) {
+        b.fake.files.FailReadsWhen([end](std::string_view p) { return p.ends_with(end); });
+    };
+}
+
 TEST(NothingLost, AFileThatCannotBeKeptOrChangedIsLeftAsItWasAndReported) {
     const std::string video3840 = "[Display]\r\nWidth=3840\r\nHeight=1024\r\n";
     const std::string cfg90 = "a\r\nb\r\nfov 90\r\n";
     const Row rows[] = {
         {"the copy cannot be made",
-         [](Bench& b) {
-             b.fake.files.FailWritesWhen(
-                 [](std::string_view p) { return p.ends_with("video.original"); });
-         },
+         FailWrites("video.original"),
          false,
          {{"video.ini", kVideo}, {"video.original", "(missing)"}, {"game.cfg", cfg90}},
          "C:\\Game\\video.ini",
@@ -121,18 +130,14 @@ TEST(NothingLost, AFileThatCannotBeKeptOrChangedIsLeftAsItWasAndReported) {
         {"the file cannot be read, its copy is there from before",
          [](Bench& b) {
              b.fake.files.PutFile("C:\\Game\\video.original", kVideo);
-             b.fake.files.FailReadsWhen(
-                 [](std::string_view p) { return p.ends_with("video.ini"); });
+             FailReads("video.ini")(b);
          },
          false,
          {{"video.ini", kVideo}, {"game.cfg", cfg90}},
          "C:\\Game\\video.ini",
          "it could not be read: permission denied"},
         {"the file cannot be replaced",
-         [](Bench& b) {
-             b.fake.files.FailWritesWhen(
-                 [](std::string_view p) { return p.ends_with("game.cfg"); });
-         },
+         FailWrites("game.cfg"),
          false,
          {{"game.cfg", kGameCfg}, {"game.original", kGameCfg}, {"Mod_Cfg.tmp", "(missing)"}},
          "C:\\Game\\game.cfg",
@@ -159,8 +164,7 @@ TEST(NothingLost, AFileThatCannotBeKeptOrChangedIsLeftAsItWasAndReported) {
          [](Bench& b) {
              b.fake.files.PutFile("C:\\Game\\game.original", kGameCfg);
              b.gui.BtnImageBox(1).SetEnabled(true);
-             b.fake.files.FailReadsWhen(
-                 [](std::string_view p) { return p.ends_with("input.txt"); });
+             FailReads("input.txt")(b);
          },
          false,
          {{"video.original", kVideo}, {"video.ini", video3840}, {"input.original", "(missing)"}},
@@ -170,8 +174,7 @@ TEST(NothingLost, AFileThatCannotBeKeptOrChangedIsLeftAsItWasAndReported) {
          [](Bench& b) {
              b.Optimize();
              b.fake.files.Remove("C:\\Game\\video.ini");
-             b.fake.files.FailWritesWhen(
-                 [](std::string_view p) { return p.ends_with("game.original"); });
+             FailWrites("game.original")(b);
          },
          true,
          {{"video.ini", kVideo},
@@ -262,6 +265,7 @@ TEST(NothingLost, AKilledRunThenAnotherRunThenRestoreGivesEveryFileBack) {
         EXPECT_EQ(bench.Snapshot(), start) << "optimize killed at change " << points;
     }
     EXPECT_GT(points, 8);
+    RecordProperty("optimize_interruption_points", points);
 
     points = 0;
     for (bool reachedTheEnd = false; !reachedTheEnd; ++points) {
@@ -275,6 +279,7 @@ TEST(NothingLost, AKilledRunThenAnotherRunThenRestoreGivesEveryFileBack) {
         EXPECT_EQ(bench.Snapshot(), start) << "restore killed at change " << points;
     }
     EXPECT_GT(points, 4);
+    RecordProperty("restore_interruption_points", points);
 }
 
 }  // namespace
