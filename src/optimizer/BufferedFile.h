@@ -2,7 +2,8 @@
 // One configuration file held in memory while its edit runs. The edit works on the machine's
 // files as always, but at this one path its reads see what its own writes left, and the file
 // itself is read once, at the start, and replaced once, at the end: a crash in between leaves it
-// as it was, never with some of its lines changed. Every other path goes straight through.
+// as it was, never with some of its lines changed. Every other path goes straight through, and so
+// do marks, renames, copies and removals of the file itself, which no edit makes.
 
 #include <string>
 #include <string_view>
