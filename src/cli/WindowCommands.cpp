@@ -51,6 +51,12 @@ std::string Status(Window& window) {
     return window.gui().StatusLbl().Caption();
 }
 
+// Whether the last optimization or restore did everything. What it could not do was already
+// shown on the error stream, as the message box that lists it.
+bool Completed(Window& window) {
+    return window.logic().optimizer().LastReport().empty();
+}
+
 }  // namespace
 
 int ListGames(Window& window, std::optional<bool> all, bool json, std::ostream& out) {
@@ -161,7 +167,7 @@ int OptimizeGame(Window& window, const GameChoice& choice, std::ostream& out, st
     window.dialogs().confirmed = false;
     window.logic().RunCommand(mainwindow::button::Optimize);
     out << Utf8(Status(window)) << '\n';
-    return window.dialogs().confirmed ? 0 : 1;
+    return window.dialogs().confirmed && Completed(window) ? 0 : 1;
 }
 
 int RestoreGame(Window& window, Session& session, const std::string& game, std::ostream& out,
@@ -170,7 +176,8 @@ int RestoreGame(Window& window, Session& session, const std::string& game, std::
     session.prompts().lastAnswer.reset();
     window.logic().RunCommand(mainwindow::button::Restore);
     out << Utf8(Status(window)) << '\n';
-    return session.prompts().lastAnswer == platform::MessageAnswer::Yes ? 0 : 1;
+    return session.prompts().lastAnswer == platform::MessageAnswer::Yes && Completed(window) ? 0
+                                                                                             : 1;
 }
 
 int LocateGameCommand(Window& window, Session& session, const std::string& game,

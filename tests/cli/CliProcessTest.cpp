@@ -148,6 +148,30 @@ TEST_F(Cli, OptimizeAndRestoreAGame) {
     EXPECT_FALSE(fs::exists(temp.path() / "Desktop" / "Sample Racer Widescape.desktop"));
 }
 
+// What optimize or restore could not do is listed on the error stream, and the exit code is 1.
+TEST_F(Cli, OptimizeAndRestoreThatCannotDoEverythingSayWhatAndExitOne) {
+    const std::string video = ReadFile(game("Sample Racer/bin/video.ini"));
+    const std::string save = ReadFile(game("Sample Racer/saves/player1.cfg"));
+    // Something in the place of a copy: that file cannot get its original and is not edited.
+    fs::create_directories(game("Sample Racer/saves/player1.original/x"));
+    Ran optimize = Optera("--yes optimize 'Sample Racer' --resolution 3840x1024");
+    EXPECT_EQ(optimize.code, 1) << optimize.err;
+    EXPECT_NE(optimize.err.find("player1.cfg: its original copy could not be made"),
+              std::string::npos)
+        << optimize.err;
+    EXPECT_EQ(ReadFile(game("Sample Racer/saves/player1.cfg")), save);
+    EXPECT_NE(ReadFile(game("Sample Racer/bin/video.ini")).find("Width=3840"), std::string::npos);
+
+    // Something in the place of the file: its copy cannot go back, and stays.
+    fs::remove(game("Sample Racer/bin/video.ini"));
+    fs::create_directories(game("Sample Racer/bin/video.ini/x"));
+    Ran restore = Optera("--yes restore 'Sample Racer'");
+    EXPECT_EQ(restore.code, 1) << restore.err;
+    EXPECT_NE(restore.err.find("video.ini: its original could not be put back"), std::string::npos)
+        << restore.err;
+    EXPECT_EQ(ReadFile(game("Sample Racer/bin/video.original")), video);
+}
+
 TEST_F(Cli, LocatesUnchecksSearchesAndWritesTheBlankRecipe) {
     Ran wrong = Optera("locate 'Deep Tunnels' 'C:\\Games\\Retro Arena\\arena.exe'");
     EXPECT_EQ(wrong.code, 1);
