@@ -49,9 +49,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (static_cast<unsigned char>(c) < 128) expected += c;
     Check(joined == expected);
 
-    services::cPrivateProfile profile(files);
     platform::ScriptedPrompts prompts;
-    std::string kind = optimizer::ModifyConfigFile({files, profile, prompts}, path, lines);
+    std::string kind = optimizer::ModifyConfigFile({files, prompts}, path, lines).kind;
     auto after = files.ReadAll(path);
     Check(after.has_value());
     bool lineKind = kind == optimizer::kind::LineNumber || kind == optimizer::kind::String ||

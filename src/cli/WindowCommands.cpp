@@ -62,6 +62,12 @@ int Unavailable(Window& window, int button, std::string_view command, std::ostre
     return 1;
 }
 
+// Whether the last optimization or restore did everything. What it could not do was already
+// shown on the error stream, as the message box that lists it.
+bool Completed(Window& window) {
+    return window.logic().optimizer().LastReport().empty();
+}
+
 }  // namespace
 
 int ListGames(Window& window, std::optional<bool> all, bool json, std::ostream& out) {
@@ -178,7 +184,7 @@ int OptimizeGame(Window& window, const GameChoice& choice, std::ostream& out, st
     window.dialogs().confirmed = false;
     window.logic().RunCommand(mainwindow::button::Optimize);
     out << Utf8(Status(window)) << '\n';
-    return window.dialogs().confirmed ? 0 : 1;
+    return window.dialogs().confirmed && Completed(window) ? 0 : 1;
 }
 
 int RestoreGame(Window& window, Session& session, const std::string& game, std::ostream& out,
@@ -191,7 +197,8 @@ int RestoreGame(Window& window, Session& session, const std::string& game, std::
     session.prompts().lastAnswer.reset();
     window.logic().RunCommand(mainwindow::button::Restore);
     out << Utf8(Status(window)) << '\n';
-    return session.prompts().lastAnswer == platform::MessageAnswer::Yes ? 0 : 1;
+    return session.prompts().lastAnswer == platform::MessageAnswer::Yes && Completed(window) ? 0
+                                                                                             : 1;
 }
 
 int LocateGameCommand(Window& window, Session& session, const std::string& game,

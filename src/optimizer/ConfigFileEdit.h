@@ -8,21 +8,24 @@
 
 #include "platform/FileSystem.h"
 #include "platform/Prompts.h"
-#include "services/cPrivateProfile.h"
 
 namespace optera::optimizer {
 
 struct EditServices {
     platform::FileSystem& files;
-    services::cPrivateProfile& profile;
     platform::Prompts& prompts;
 };
 
-// Reads the file (creating it empty if it is missing; bytes of 128 and above are dropped),
-// classifies the section, applies its edit and writes the file. Profile and XML edits write the
-// file themselves. Returns the kind that was applied. Nothing is reported: a file that cannot be
-// replaced stays as it was.
-std::string ModifyConfigFile(const EditServices& services, std::string_view path,
-                             const std::vector<std::string>& lines);
+struct FileEdit {
+    std::string kind;     // the kind of the section that was applied
+    std::string failure;  // why the file was left as it was; "" when the edit is on disk
+};
+
+// Reads the file once, classifies the section, applies its edit in memory and replaces the file
+// once, so that it is never left half edited. A missing file is created (it receives the lines
+// as appends); bytes of 128 and above are dropped by the line edits. A file that cannot be read
+// or replaced is left as it was, and the result says why.
+FileEdit ModifyConfigFile(const EditServices& services, std::string_view path,
+                          const std::vector<std::string>& lines);
 
 }  // namespace optera::optimizer

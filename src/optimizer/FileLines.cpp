@@ -17,18 +17,12 @@ struct LineEndCounts {
 
 }  // namespace
 
-FileLines ReadFileLines(platform::FileSystem& files, std::string_view path, int charLimit) {
-    auto content = files.ReadAll(path);
-    if (!content) {
-        if (!platform::FileExists(files, path)) files.WriteAll(path, "");
-        content.emplace();
-    }
+FileLines SplitFileLines(std::string_view bytes, int charLimit) {
     auto kept = [charLimit](char c) { return static_cast<unsigned char>(c) < charLimit; };
 
     FileLines result;
     LineEndCounts counts;
     std::string line;
-    const std::string& bytes = *content;
     auto endLine = [&](int& count) {
         ++count;
         result.lines.push_back(std::move(line));
@@ -43,6 +37,10 @@ FileLines ReadFileLines(platform::FileSystem& files, std::string_view path, int 
         } else if (c == '\r') {
             line += c;
             endLine(counts.cr);
+            // The character read to see whether a line feed follows is taken as it is: a
+            // second CR is text of the next line, not another line end.
+            if (i + 1 < bytes.size() && kept(bytes[i + 1])) line += bytes[i + 1];
+            ++i;
         } else if (c == '\n') {
             line += c;
             endLine(counts.lf);
@@ -55,16 +53,14 @@ FileLines ReadFileLines(platform::FileSystem& files, std::string_view path, int 
     return result;
 }
 
-bool WriteFileLines(platform::FileSystem& files, std::string_view path,
-                    const std::vector<std::string>& lines) {
+FileLines ReadFileLines(const platform::FileSystem& files, std::string_view path, int charLimit) {
+    return SplitFileLines(files.ReadAll(path).value_or(std::string()), charLimit);
+}
+
+std::string JoinFileLines(const std::vector<std::string>& lines) {
     std::string bytes;
     for (const std::string& line : lines) bytes += line;
-    auto before = files.Attributes(path);
-    if (before && (*before & platform::attr::ReadOnly))
-        files.SetAttributes(path, platform::attr::Archive);
-    if (platform::ReplaceFile(files, path, bytes, "Mod_Cfg.tmp")) return true;
-    if (before) files.SetAttributes(path, *before);
-    return false;
+    return bytes;
 }
 
 }  // namespace optera::optimizer

@@ -4,11 +4,13 @@
 // (made once, never overwritten), the changes to the files, the registry values after saving
 // their keys, read-only marks, the resolution in the recipe, the desktop shortcut. Restore puts
 // the copies back, loads the registry backups, removes the shortcut and sets the recipe's
-// resolution to the default. Neither stops on a failure: the status worked out from the disk
-// afterwards shows how things stand.
+// resolution to the default. Neither stops on a failure, and neither passes one over in silence:
+// what could not be done is gathered in a report and shown in one message at the end. No file is
+// edited without its original copy on disk.
 
 #include <functional>
 #include <string>
+#include <string_view>
 
 #include "mainwindow/model/MainWindow.h"
 #include "optimizer/RegistryFiles.h"
@@ -64,6 +66,16 @@ class Optimizer {
     const recipes::GameRecord& Game() const { return recipes_.CurrentGame; }
     std::string RecipePath() const;
     void SyncRegistry(bool restore);
+    // Copies each configuration file that has no original yet, then edits it.
+    void EditConfigFiles();
+    // Whether the report of this run names the file.
+    bool Reported(std::string_view path) const;
+    // Sets RES in the recipe.
+    void WriteRecipeResolution(const std::string& resolution);
+    // Renames the copy over the file; false, reported, when the copy had to stay.
+    bool PutOriginalBack(const std::string& path, const std::string& copy);
+    // The one message that lists what the run could not do.
+    void TellShortfalls(const std::string& title, std::string_view opening);
     // The line of the game in hand in the game list, if one is selected.
     forms::ListItem* GameLine() { return gui_.GameList().SelectedItem(); }
 

@@ -1,6 +1,5 @@
 #include "optimizer/ProfileEdits.h"
 
-#include "text/NoCase.h"
 #include "text/Split.h"
 
 namespace optera::optimizer {
@@ -34,8 +33,10 @@ bool WriteWhereItBelongs(services::cPrivateProfile& profile, std::string_view pa
     bool hit = false;
     for (const std::string& name : sections) {
         if (name.empty()) continue;  // a file without sections lists one empty name
+        // The partial match respects letter case, unlike the exact read before it: "disp" does
+        // not stand for [Display].
         bool belongs = anySection ? !profile.GetIniStringValue(path, name, line.key).empty()
-                                  : text::ContainsNoCase(name, line.section);
+                                  : name.find(line.section) != std::string::npos;
         if (!belongs) continue;
         profile.SetIniStringValue(path, name, line.key, line.value);
         hit = true;

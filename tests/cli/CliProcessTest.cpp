@@ -181,6 +181,30 @@ TEST_F(Cli, OptimizeAndRestoreAGame) {
     EXPECT_FALSE(fs::exists(temp.path() / "Desktop" / "Sample Racer Widescape.desktop"));
 }
 
+// What optimize or restore could not do is listed on the error stream, and the exit code is 1.
+TEST_F(Cli, OptimizeAndRestoreThatCannotDoEverythingSayWhatAndExitOne) {
+    const std::string video = ReadFile(game("Sample Racer/bin/video.ini"));
+    const std::string save = ReadFile(game("Sample Racer/saves/player1.cfg"));
+    // Something in the place of a copy: that file cannot get its original and is not edited.
+    fs::create_directories(game("Sample Racer/saves/player1.original/x"));
+    Ran optimize = Optera("--yes optimize 'Sample Racer' --resolution 3840x1024");
+    EXPECT_EQ(optimize.code, 1) << optimize.err;
+    EXPECT_NE(optimize.err.find("player1.cfg: its original copy could not be made"),
+              std::string::npos)
+        << optimize.err;
+    EXPECT_EQ(ReadFile(game("Sample Racer/saves/player1.cfg")), save);
+    EXPECT_NE(ReadFile(game("Sample Racer/bin/video.ini")).find("Width=3840"), std::string::npos);
+
+    // Something in the place of the file: its copy cannot go back, and stays.
+    fs::remove(game("Sample Racer/bin/video.ini"));
+    fs::create_directories(game("Sample Racer/bin/video.ini/x"));
+    Ran restore = Optera("--yes restore 'Sample Racer'");
+    EXPECT_EQ(restore.code, 1) << restore.err;
+    EXPECT_NE(restore.err.find("video.ini: its original could not be put back"), std::string::npos)
+        << restore.err;
+    EXPECT_EQ(ReadFile(game("Sample Racer/bin/video.original")), video);
+}
+
 TEST_F(Cli, LocatesUnchecksSearchesAndWritesTheBlankRecipe) {
     Ran wrong = Optera("locate 'Deep Tunnels' 'C:\\Games\\Retro Arena\\arena.exe'");
     EXPECT_EQ(wrong.code, 1);
@@ -344,6 +368,27 @@ TEST_F(Cli, ForeignTextCrossesTheTerminalAsUtf8) {
     ASSERT_EQ(resolutions.code, 0) << resolutions.err;
     EXPECT_EQ(nlohmann::json::parse(resolutions.out)["default"], "1024x768 (\u00e9cran)")
         << resolutions.out;
+
+    // A recipe and a game folder named with an accent: Wine keeps both names in UTF-8 on the
+    // host, the recipe's text names the folder in the code page.
+    const std::string cafe = "Orbital Caf\xC3\xA9";
+    std::string recipe = ReadFile(home() / "MODS" / "Orbital Command.txt");
+    const std::string folder = "C:\\Games\\Orbital Command";
+    recipe.replace(recipe.find(folder), folder.size(), "C:\\Jeux\\Orbital Caf\xE9");
+    fs::remove(home() / "MODS" / "Orbital Command.txt");
+    std::ofstream(home() / "MODS" / (cafe + ".txt"), std::ios::binary) << recipe;
+    fs::create_directories(prefix() / "drive_c" / "Jeux");
+    fs::rename(game("Orbital Command"), prefix() / "drive_c" / "Jeux" / cafe);
+
+    Ran list = Optera("list");
+    EXPECT_NE(list.out.find(cafe + "\tGame not optimized yet\n"), std::string::npos) << list.out;
+    Ran select = Optera("select " + Quote(cafe) + " --json");
+    ASSERT_EQ(select.code, 0) << select.err;
+    EXPECT_EQ(nlohmann::json::parse(select.out)["path"], "C:\\Jeux\\" + cafe) << select.out;
+    Ran optimize = Optera("--yes optimize " + Quote(cafe) + " --resolution 3840x1024");
+    EXPECT_EQ(optimize.code, 0) << optimize.err;
+    EXPECT_NE(ReadFile(prefix() / "drive_c" / "Jeux" / cafe / "settings.cfg").find("3840"),
+              std::string::npos);
 }
 
 }  // namespace

@@ -16,15 +16,15 @@ namespace {
 class ConfigFileEdit : public ::testing::Test {
   protected:
     platform::FakeFileSystem files;
-    services::cPrivateProfile profile{files};
     platform::ScriptedPrompts prompts;
     const std::string path = "C:\\Games\\Sample\\game.cfg";
 
     // Applies recipe lines to a file with the given bytes; gives the file's bytes afterwards.
     std::string Edit(std::string_view before, const Lines& lines, std::string_view expectedKind) {
         files.PutFile(path, before);
-        std::string applied = optimizer::ModifyConfigFile({files, profile, prompts}, path, lines);
-        EXPECT_EQ(applied, expectedKind);
+        optimizer::FileEdit applied = optimizer::ModifyConfigFile({files, prompts}, path, lines);
+        EXPECT_EQ(applied.kind, expectedKind);
+        EXPECT_EQ(applied.failure, "");
         return files.ReadAll(path).value_or("<missing>");
     }
 };
@@ -53,26 +53,93 @@ TEST_F(ConfigFileEdit, RewrittenFilesLoseHighBytesAndKeepTheirLineEnds) {
     EXPECT_EQ(Edit("a\r\nb\r\nc\n", {"3=C"}, "LineNumber"), "a\r\nb\r\nC\r\n");
     // No majority: a replaced line gets no line end, and the next one joins it.
     EXPECT_EQ(Edit("a\r\nb\nc", {"1=A"}, "LineNumber"), "Ab\nc");
-    // Lone CR lines count as lines; an empty line's line end counts as its indent.
-    EXPECT_EQ(Edit("a\rb\r\rd\r", {"3=C"}, "LineNumber"), "a\rb\r\rC\rd\r");
+    // Lone CR lines count as lines, but the character after a lone CR starts the next line even
+    // when it is a CR: the third line is "\rd\r", and its leading CR counts as indent.
+    EXPECT_EQ(Edit("a\rb\r\rd\r", {"3=C"}, "LineNumber"), "a\rb\r\rC\r");
 }
 
 TEST_F(ConfigFileEdit, AMissingFileIsCreatedAndReceivesTheLinesAsAppends) {
     const std::string missing = "C:\\Games\\Sample\\new.cfg";
     files.CreateFolder("C:\\Games");
     files.CreateFolder("C:\\Games\\Sample");
-    optimizer::ModifyConfigFile({files, profile, prompts}, missing, {"width=1024", "height=768"});
+    optimizer::ModifyConfigFile({files, prompts}, missing, {"width=1024", "height=768"});
     EXPECT_EQ(files.ReadAll(missing), "width1024height768") << "no separator or line end to copy";
 }
 
-TEST_F(ConfigFileEdit, AFileThatCannotBeReplacedStaysAsItWas) {
-    files.PutFile(path, "w=800\n");
-    files.SetAttributes(path, platform::attr::ReadOnly);
-    files.FailWritesWhen([](std::string_view p) { return p.ends_with("Mod_Cfg.tmp"); });
-    optimizer::ModifyConfigFile({files, profile, prompts}, path, {"w=1024"});
-    EXPECT_EQ(files.ReadAll(path), "w=800\n");
-    EXPECT_EQ(*files.Attributes(path) & platform::attr::ReadOnly, platform::attr::ReadOnly);
-    EXPECT_EQ(files.List("C:\\Games\\Sample")->size(), 1u);
+// A file that cannot be read, or whose edit cannot be put in its place, stays as it was, mark
+// included and with no temporary beside it, and the edit says why.
+TEST_F(ConfigFileEdit, AFileThatCannotBeReadOrReplacedStaysAsItWas) {
+    enum Trouble { Unreadable, FullDisk, ReadOnly, FullDiskReadOnly };
+    const struct {
+        std::string before;
+        Lines lines;
+        Trouble trouble;
+        std::string failure;
+    } rows[] = {
+        {"w=800\n", {"w=1024"}, Unreadable, "it could not be read: permission denied"},
+        {"w=800\n", {"w=1024"}, FullDiskReadOnly, "it could not be replaced: the disk is full"},
+        {"<r><a w=\"800\"/></r>",
+         {"//a[@w]=1024"},
+         FullDisk,
+         "it could not be replaced: the disk is full"},
+        {"<r><a w=\"800\"/></r>", {"//a[@w]=1024"}, ReadOnly, "it is read-only"},
+        {"[Display]\r\nWidth=800\r\n", {"Display,Width=1024"}, ReadOnly, "it is read-only"},
+    };
+    for (const auto& row : rows) {
+        platform::FakeFileSystem fresh;
+        fresh.PutFile(path, row.before);
+        if (row.trouble == Unreadable)
+            fresh.FailReadsWhen([](auto p) { return p.ends_with("cfg"); });
+        if (row.trouble == FullDisk || row.trouble == FullDiskReadOnly)
+            fresh.FailWritesWhen([](auto p) { return p.ends_with("Mod_Cfg.tmp"); });
+        if (row.trouble == ReadOnly || row.trouble == FullDiskReadOnly)
+            fresh.SetAttributes(path, platform::attr::ReadOnly);
+        const auto marks = fresh.Attributes(path);
+        EXPECT_EQ(optimizer::ModifyConfigFile({fresh, prompts}, path, row.lines).failure,
+                  row.failure);
+        fresh.FailReadsWhen(nullptr);
+        EXPECT_EQ(fresh.ReadAll(path), row.before) << row.failure;
+        EXPECT_EQ(fresh.Attributes(path), marks) << row.failure;
+        EXPECT_EQ(fresh.List("C:\\Games\\Sample")->size(), 1u) << row.failure;
+    }
+}
+
+// A kill at any moment of an edit leaves the file as it was or as the whole edit made it, never
+// with some of its lines changed: each file is written once. The kill is the moment from which
+// every write fails.
+TEST_F(ConfigFileEdit, AKillAtAnyMomentLeavesTheFileWholeBeforeOrAfter) {
+    struct Row {
+        const char* name;
+        std::string before;
+        Lines lines;
+    };
+    const Row rows[] = {
+        {"profile",
+         "[Display]\r\nWidth=800\r\nHeight=600\r\n",
+         {"Display,Width=1024", "Display,Height=768", "Video,Depth=32"}},
+        {"XML", "<r><w>800</w><h>600</h></r>", {"//r/w=1024", "//r/h=768"}},
+        {"lines", "w=800\nh=600\n", {"w=1024", "h=768"}},
+    };
+    for (const Row& row : rows) {
+        files.PutFile(path, row.before);
+        optimizer::ModifyConfigFile({files, prompts}, path, row.lines);
+        const std::string after = *files.ReadAll(path);
+        ASSERT_NE(after, row.before) << row.name;
+        bool reachedTheEnd = false;
+        for (int calls = 0; !reachedTheEnd; ++calls) {
+            platform::FakeFileSystem killed;
+            killed.PutFile(path, row.before);
+            int left = calls;
+            killed.FailWritesWhen([&left](std::string_view) { return left-- <= 0; });
+            optimizer::ModifyConfigFile({killed, prompts}, path, row.lines);
+            reachedTheEnd = left >= 0;
+            killed.FailWritesWhen(nullptr);
+            const std::string now = *killed.ReadAll(path);
+            EXPECT_TRUE(now == row.before || now == after)
+                << row.name << ", killed after " << calls << " writes:\n"
+                << now;
+        }
+    }
 }
 
 TEST(ConfigFileEditOnDisk, AReadOnlyFileIsReplacedAndComesOutWritable) {
@@ -86,11 +153,12 @@ TEST(ConfigFileEditOnDisk, AReadOnlyFileIsReplacedAndComesOutWritable) {
                                           std::filesystem::perms::others_read);
 
     platform::WineFileSystem files(root.path());
-    services::cPrivateProfile profile(files);
     platform::ScriptedPrompts prompts;
     ASSERT_EQ(*files.Attributes("C:\\game\\SETTINGS.cfg") & platform::attr::ReadOnly,
               platform::attr::ReadOnly);
-    optimizer::ModifyConfigFile({files, profile, prompts}, "C:\\game\\SETTINGS.cfg", {"w=1024"});
+    EXPECT_EQ(
+        optimizer::ModifyConfigFile({files, prompts}, "C:\\game\\SETTINGS.cfg", {"w=1024"}).failure,
+        "");
 
     EXPECT_EQ(root.Read("drive_c/Game/settings.cfg"), "w=1024\nh=600\n");
     EXPECT_EQ(*files.Attributes("C:\\Game\\settings.cfg") & platform::attr::ReadOnly, 0u);
@@ -103,12 +171,26 @@ TEST(ConfigFileEditOnDisk, AReadOnlyFileIsReplacedAndComesOutWritable) {
 }
 
 TEST(ReadFileLines, KeepsLineEndsInsideTheLines) {
+    struct Row {
+        const char* bytes;
+        Lines lines;
+        const char* lineEnd;
+    };
+    const Row rows[] = {
+        // After a lone CR the next character starts a line whatever it is: "\r\n" that follows
+        // "z\r\r" is an LF line, which makes LF the majority.
+        {"x\r\ny\nz\r\r\n\x80w", {"x\r\n", "y\n", "z\r", "\r\n", "w"}, "\n"},
+        {"a\r\rb\r\rc", {"a\r", "\rb\r", "\rc"}, "\r"},
+        {"a\r\x80\r\n", {"a\r", "\r\n", ""}, ""},
+        {"", {""}, ""},
+    };
     platform::FakeFileSystem files;
-    files.PutFile("C:\\a.txt", "x\r\ny\nz\r\r\n\x80w");
-    auto read = optimizer::ReadFileLines(files, "C:\\a.txt", 128);
-    EXPECT_EQ(read.lines, (Lines{"x\r\n", "y\n", "z\r", "\r\n", "w"}));
-    EXPECT_EQ(read.lineEnd, "\r\n");
-    files.PutFile("C:\\empty.txt", "");
-    EXPECT_EQ(optimizer::ReadFileLines(files, "C:\\empty.txt", 128).lines, (Lines{""}));
+    for (const Row& row : rows) {
+        files.PutFile("C:\\a.txt", row.bytes);
+        auto read = optimizer::ReadFileLines(files, "C:\\a.txt", 128);
+        EXPECT_EQ(read.lines, row.lines) << row.bytes;
+        EXPECT_EQ(read.lineEnd, row.lineEnd) << row.bytes;
+    }
+    files.PutFile("C:\\a.txt", "x\r\n\x80w");
     EXPECT_EQ(optimizer::ReadFileLines(files, "C:\\a.txt", 256).lines.back(), "\x80w");
 }

@@ -47,17 +47,6 @@ class Details : public ::testing::Test {
     }
 };
 
-TEST_F(Details, TwoFilesWithOneCopyNameKeepTheFirstOriginal) {
-    fake.files.PutFile("C:\\Game\\a.cfg", "cfg 1\r\n");
-    fake.files.PutFile("C:\\Game\\a.ini", "ini 1\r\n");
-    Entry("C:\\Game\\a.cfg", {"1=cfg 2"});
-    Entry("C:\\Game\\a.ini", {"1=ini 2"});
-    prompts.Answer(MessageAnswer::No);
-    Optimize();
-    EXPECT_EQ(fake.files.ReadAll("C:\\Game\\a.original"), "cfg 1\r\n");
-    EXPECT_EQ(fake.files.ReadAll("C:\\Game\\a.ini"), "ini 2\r\n");
-}
-
 TEST_F(Details, ReadOnlyMarksGoWithTheEditUnlessTheRecipeForcesThem) {
     fake.files.PutFile("C:\\Game\\locked.cfg", "x\r\n");
     fake.files.SetAttributes("C:\\Game\\locked.cfg", attr::ReadOnly);

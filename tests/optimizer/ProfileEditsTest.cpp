@@ -27,6 +27,9 @@ TEST(ApplyPrivProfile, NamedSectionsExactPartialOrNew) {
         << "no partial hit with regard to case, but the exact write ignores case";
     EXPECT_EQ(Apply("[Display1]\r\n[Display2]\r\nWidth=5\r\n", {"Disp,Width=1024"}),
               "[Display1]\r\nWidth=1024\r\n[Display2]\r\nWidth=1024\r\n");
+    EXPECT_EQ(Apply("[Display1]\r\n[Display2]\r\nWidth=5\r\n", {"disp,Width=1024"}),
+              "[Display1]\r\n[Display2]\r\nWidth=5\r\n[disp]\r\nWidth=1024\r\n")
+        << "the partial match respects letter case";
     EXPECT_EQ(Apply("[Video]\r\nx=1\r\n", {"Disp,Width=1024"}),
               "[Video]\r\nx=1\r\n[Disp]\r\nWidth=1024\r\n");
     EXPECT_EQ(
