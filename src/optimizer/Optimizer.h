@@ -7,6 +7,7 @@
 // resolution to the default. Neither stops on a failure: the status worked out from the disk
 // afterwards shows how things stand.
 
+#include <chrono>
 #include <functional>
 #include <string>
 
@@ -28,6 +29,8 @@ struct OptimizerServices {
     platform::Prompts& prompts;
     RegistryFiles& regFiles;
     std::string programFolder;  // holds MODS
+    // The pause between two attempts to write a registry value; empty for the real one.
+    std::function<void(std::chrono::milliseconds)> pauseBeforeRetry = {};
 };
 
 class Optimizer {
