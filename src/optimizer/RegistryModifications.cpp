@@ -16,6 +16,11 @@ constexpr std::chrono::milliseconds kRetryPause{50};
 constexpr std::string_view kCrLf = "\r\n";
 constexpr std::string_view kEmptyRegFile = "tmpReg.reg";
 
+// The view the values are written in, for their backups.
+platform::REGSAM ViewOf(const RegistryServices& services) {
+    return services.registryView != 0 ? services::kView64 : 0;
+}
+
 bool WriteOnce(const RegistryServices& services, const RegistryEntry& entry) {
     std::string type = text::ToUpper(entry.Type);
     services::cRegistry& registry = services.registry;
@@ -56,7 +61,7 @@ void ImportEmptyRegFile(const RegistryServices& services) {
         bytes += c;
         bytes += '\0';
     }
-    if (platform::ReplaceFile(files, path, bytes)) services.regFiles.Import(path);
+    if (platform::ReplaceFile(files, path, bytes)) services.regFiles.Import(path, ViewOf(services));
     files.Remove(path);
 }
 
@@ -94,7 +99,7 @@ std::vector<bool> BackUpKeys(const RegistryServices& services,
         std::vector<services::RegValueRef> values;
         for (const RegistryEntry& entry : entries)
             if (BackupNumberOf(keys, entry.Key) == n) values.push_back({entry.Key, entry.Name});
-        ExportResult result = services.regFiles.Export(keys[n], path, values);
+        ExportResult result = services.regFiles.Export(keys[n], path, values, ViewOf(services));
         saved[n] = result != ExportResult::NotWritten;
         if (!saved[n]) {
             std::string why = services.regFiles.LastError();
@@ -115,7 +120,7 @@ void RestoreBackups(const RegistryServices& services, std::size_t count, std::st
             if (!platform::FileExists(files, path)) continue;
             // A backup goes only once it is back in the registry: otherwise it is the only
             // record of the values as they were.
-            if (!services.regFiles.Import(path))
+            if (!services.regFiles.Import(path, ViewOf(services)))
                 services.report.Add(path,
                                     "could not be loaded into the registry whole, so the "
                                     "registry backup was kept for another Restore");

@@ -16,7 +16,7 @@ using platform::KeyStore;
 namespace regtype = platform::regtype;
 namespace regerror = platform::regerror;
 
-constexpr platform::REGSAM kRead64 = platform::regaccess::Read | platform::regaccess::Wow64_64Key;
+using platform::REGSAM;
 // The registry editor starts a continuation line once a line of hex data reaches this length.
 constexpr std::size_t kHexLineLimit = 77;
 constexpr std::u16string_view kHeader = u"Windows Registry Editor Version 5.00\r\n";
@@ -93,7 +93,8 @@ std::u16string ValueLine(std::u16string_view name, DWORD type,
     return line + HexValue(line.size(), type, data) + std::u16string(kCrLf);
 }
 
-void ExportKey(KeyStore& store, HKEY key, const std::u16string& path, std::u16string& out) {
+void ExportKey(KeyStore& store, HKEY key, const std::u16string& path, REGSAM view,
+               std::u16string& out) {
     out += u"\r\n[" + path + u"]\r\n";
     std::u16string name;
     DWORD type = 0;
@@ -103,8 +104,10 @@ void ExportKey(KeyStore& store, HKEY key, const std::u16string& path, std::u16st
         out += ValueLine(name, type, data);
     for (DWORD index = 0; store.RegEnumKeyExW(key, index, name) == regerror::Success; ++index) {
         HKEY sub = 0;
-        if (store.RegOpenKeyExW(key, name, 0, kRead64, &sub) != regerror::Success) continue;
-        ExportKey(store, sub, path + u"\\" + name, out);
+        if (store.RegOpenKeyExW(key, name, 0, platform::regaccess::Read | view, &sub) !=
+            regerror::Success)
+            continue;
+        ExportKey(store, sub, path + u"\\" + name, view, out);
         store.RegCloseKey(sub);
     }
 }
@@ -121,13 +124,14 @@ bool Within(std::string_view inner, std::string_view outer) {
 
 // The line of a value as it stands now (`"name"=-` when it does not exist) under its key's
 // line; nullopt when its key does not exist, since then nothing can change there.
-std::optional<std::u16string> ValueSection(KeyStore& store, const RegValueRef& ref,
+std::optional<std::u16string> ValueSection(KeyStore& store, const RegValueRef& ref, REGSAM view,
                                            bool withExisting) {
     std::string_view subKey;
     HKEY root = RootOfRegPath(ref.key, &subKey);
     HKEY key = 0;
-    if (root == 0 || store.RegOpenKeyExW(root, text::Utf16FromCodePage(subKey), 0, kRead64, &key) !=
-                         regerror::Success)
+    if (root == 0 ||
+        store.RegOpenKeyExW(root, text::Utf16FromCodePage(subKey), 0,
+                            platform::regaccess::Read | view, &key) != regerror::Success)
         return std::nullopt;
     const std::u16string name = text::Utf16FromCodePage(ref.name);
     DWORD type = 0;
@@ -166,21 +170,21 @@ HKEY RootOfRegPath(std::string_view path, std::string_view* rest) {
 }
 
 std::optional<std::u16string> ExportText(KeyStore& store, std::string_view keyPath,
-                                         const std::vector<RegValueRef>& values) {
+                                         const std::vector<RegValueRef>& values, REGSAM view) {
     std::string_view subKey;
     HKEY root = RootOfRegPath(keyPath, &subKey);
     if (root == 0) return std::nullopt;
     std::u16string out(kHeader);
     bool any = false;
     HKEY key = 0;
-    if (store.RegOpenKeyExW(root, text::Utf16FromCodePage(subKey), 0, kRead64, &key) ==
-        regerror::Success) {
-        ExportKey(store, key, text::Utf16FromCodePage(keyPath), out);
+    if (store.RegOpenKeyExW(root, text::Utf16FromCodePage(subKey), 0,
+                            platform::regaccess::Read | view, &key) == regerror::Success) {
+        ExportKey(store, key, text::Utf16FromCodePage(keyPath), view, out);
         store.RegCloseKey(key);
         any = true;
     }
     for (const RegValueRef& value : values) {
-        auto section = ValueSection(store, value, !any || !Within(value.key, keyPath));
+        auto section = ValueSection(store, value, view, !any || !Within(value.key, keyPath));
         if (!section) continue;
         out += *section;
         any = true;
@@ -199,8 +203,9 @@ std::string Utf16FileBytes(std::u16string_view text) {
 }
 
 bool ExportRegistryKey(KeyStore& store, platform::FileSystem& files, std::string_view keyPath,
-                       std::string_view filePath, const std::vector<RegValueRef>& values) {
-    auto content = ExportText(store, keyPath, values);
+                       std::string_view filePath, const std::vector<RegValueRef>& values,
+                       REGSAM view) {
+    auto content = ExportText(store, keyPath, values, view);
     return content && platform::ReplaceFile(files, filePath, Utf16FileBytes(*content));
 }
 

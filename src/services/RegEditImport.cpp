@@ -17,7 +17,8 @@ using platform::LONG;
 namespace regtype = platform::regtype;
 namespace regerror = platform::regerror;
 
-constexpr platform::REGSAM kAll64 = 0xF003F | platform::regaccess::Wow64_64Key;
+using platform::REGSAM;
+constexpr REGSAM kAllAccess = 0xF003F;
 
 // The text of the file: UTF-16LE after its mark, else 8-bit bytes in the code page.
 std::u16string FileText(std::string_view bytes, bool& unicode) {
@@ -176,24 +177,24 @@ std::optional<Value> ParseData(std::u16string_view text, bool unicode) {
 }
 
 // Deletes a key and everything below it; false when something stays.
-bool DeleteTree(KeyStore& store, HKEY root, const std::u16string& path) {
+bool DeleteTree(KeyStore& store, HKEY root, const std::u16string& path, REGSAM view) {
     HKEY key = 0;
-    LONG opened = store.RegOpenKeyExW(root, path, 0, kAll64, &key);
+    LONG opened = store.RegOpenKeyExW(root, path, 0, kAllAccess | view, &key);
     if (opened == regerror::FileNotFound) return true;
     if (opened != regerror::Success) return false;
     bool whole = true;
     for (std::u16string name; whole && store.RegEnumKeyExW(key, 0, name) == regerror::Success;) {
         // A subkey that would not go ends the work here rather than looping on it.
-        whole = DeleteTree(store, root, path + u"\\" + name);
+        whole = DeleteTree(store, root, path + u"\\" + name, view);
     }
     store.RegCloseKey(key);
-    return whole &&
-           store.RegDeleteKeyExW(root, path, platform::regaccess::Wow64_64Key) == regerror::Success;
+    return whole && store.RegDeleteKeyExW(root, path, view) == regerror::Success;
 }
 
 class Importer {
   public:
-    Importer(KeyStore& store, bool unicode) : store_(store), unicode_(unicode) {}
+    Importer(KeyStore& store, bool unicode, REGSAM view)
+        : store_(store), unicode_(unicode), view_(view) {}
     ~Importer() { Close(); }
     bool whole() const { return whole_; }
 
@@ -245,10 +246,11 @@ class Importer {
             return;
         }
         if (remove) {
-            whole_ = DeleteTree(store_, root, subKey) && whole_;
+            whole_ = DeleteTree(store_, root, subKey, view_) && whole_;
             return;
         }
-        if (store_.RegCreateKeyExW(root, subKey, kAll64, &key_, nullptr) != regerror::Success) {
+        if (store_.RegCreateKeyExW(root, subKey, kAllAccess | view_, &key_, nullptr) !=
+            regerror::Success) {
             key_ = 0;
             whole_ = false;
         }
@@ -261,26 +263,27 @@ class Importer {
 
     KeyStore& store_;
     bool unicode_;
+    REGSAM view_;
     HKEY key_ = 0;
     bool whole_ = true;
 };
 
 }  // namespace
 
-bool ImportText(KeyStore& store, std::string_view bytes) {
+bool ImportText(KeyStore& store, std::string_view bytes, REGSAM view) {
     bool unicode = false;
     std::vector<std::u16string> lines = LogicalLines(FileText(bytes, unicode));
     std::u16string_view header = lines.front();
     if (header != u"Windows Registry Editor Version 5.00" && header != u"REGEDIT4") return false;
-    Importer importer(store, unicode);
+    Importer importer(store, unicode, view);
     for (std::size_t i = 1; i < lines.size(); ++i) importer.Line(lines[i]);
     return importer.whole();
 }
 
 bool ImportRegistryFile(KeyStore& store, const platform::FileSystem& files,
-                        std::string_view filePath) {
+                        std::string_view filePath, REGSAM view) {
     auto bytes = files.ReadAll(filePath);
-    return bytes && ImportText(store, *bytes);
+    return bytes && ImportText(store, *bytes, view);
 }
 
 }  // namespace optera::services

@@ -71,6 +71,9 @@ struct GameSetup {
 class RegistryBackup : public ::testing::Test, public GameSetup {};
 
 using Stored = platform::FakeKeyStore::StoredValue;
+std::string Sz(std::string_view text) {
+    return std::string(text) + '\0';
+}
 const Stored kNarrow{platform::regtype::Sz, "narrow"};
 const Stored kWide{platform::regtype::Sz, "wide"};
 const Stored kWidth{platform::regtype::Dword, std::string("\x00\x0f\0\0", 4)};
@@ -148,6 +151,28 @@ TEST_F(RegistryBackup, ABackupThatCannotBeWrittenOrLoadedCostsNoValue) {
     Restore();
     EXPECT_EQ(Value("Software\\Game", "Mode"), kNarrow);
     EXPECT_EQ(Value("Software\\Game\\Video", "Width"), std::nullopt);
+    EXPECT_FALSE(platform::FileExists(fake.files, kBackup));
+}
+
+TEST_F(RegistryBackup, ValuesOfThe32BitViewComeBackThere) {
+    using View = platform::FakeKeyStore::View;
+    const char* path = "Software\\Vendor";
+    fake.registry.PutKey(hkey::LocalMachine, "Software\\Wow6432Node");
+    fake.registry.PutString(hkey::LocalMachine, path, "Mode", "64-bit", View::Plain);
+    fake.registry.PutString(hkey::LocalMachine, path, "Mode", "32-bit", View::Wow32);
+    game.Registry = {"HKEY_LOCAL_MACHINE\\Software\\Vendor,Mode,wide,REG_SZ",
+                     "HKEY_LOCAL_MACHINE\\Software\\Vendor,Made,1,REG_DWORD"};
+    state.RegistryView = 0;  // the game was found in neither view: values go to the 32-bit one
+    Optimize();
+    auto mode = [&](View view, const char* name) {
+        return fake.registry.Value(hkey::LocalMachine, path, name, view);
+    };
+    ASSERT_EQ(mode(View::Wow32, "Mode"), kWide);
+    Restore();
+    EXPECT_EQ(mode(View::Wow32, "Mode"), (Stored{platform::regtype::Sz, Sz("32-bit")}));
+    EXPECT_EQ(mode(View::Wow32, "Made"), std::nullopt);
+    EXPECT_EQ(mode(View::Plain, "Mode"), (Stored{platform::regtype::Sz, Sz("64-bit")}));
+    EXPECT_EQ(mode(View::Plain, "Made"), std::nullopt);
     EXPECT_FALSE(platform::FileExists(fake.files, kBackup));
 }
 
