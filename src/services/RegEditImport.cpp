@@ -68,6 +68,8 @@ std::vector<std::u16string> LogicalLines(const std::u16string& content) {
         lines.push_back(std::move(current));
         current.clear();
     }
+    // A continuation on the last line has nothing to join.
+    if (continuing) lines.push_back(std::move(current));
     return lines;
 }
 

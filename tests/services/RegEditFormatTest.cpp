@@ -125,6 +125,8 @@ TEST_F(RegEdit, OnlyRegistryFilesAreImported) {
     EXPECT_FALSE(services::ImportRegistryFile(store, files, "C:\\not.reg"));
     EXPECT_FALSE(store.Exists(hkey::CurrentUser, "Software\\Not"));
     EXPECT_FALSE(services::ImportRegistryFile(store, files, "C:\\missing.reg"));
+    EXPECT_FALSE(services::ImportText(store, "=hex:01,\\")) << "a last line that continues";
+    EXPECT_FALSE(services::ImportText(store, ""));
 }
 
 }  // namespace
