@@ -111,12 +111,18 @@ std::vector<bool> BackUpKeys(const RegistryServices& services,
     return saved;
 }
 
+// Loads the backups numbered for the reduced keys, and those that follow them without a gap: a
+// recipe whose key is no longer found, or that lost a line, still gets its values back.
 void RestoreBackups(const RegistryServices& services, std::size_t count, std::string_view gameName,
                     std::string_view gameFolder) {
     platform::FileSystem& files = services.machine.files;
-    for (std::size_t n = 0; n < count && !gameFolder.empty(); ++n) {
-        for (const std::string& name : {OlderBackupFileName(n), BackupFileName(gameName, n)}) {
-            std::string path = platform::JoinPath(gameFolder, name);
+    for (std::size_t n = 0; !gameFolder.empty(); ++n) {
+        const std::string paths[] = {platform::JoinPath(gameFolder, OlderBackupFileName(n)),
+                                     platform::JoinPath(gameFolder, BackupFileName(gameName, n))};
+        if (n >= count && !platform::FileExists(files, paths[0]) &&
+            !platform::FileExists(files, paths[1]))
+            break;
+        for (const std::string& path : paths) {
             if (!platform::FileExists(files, path)) continue;
             // A backup goes only once it is back in the registry: otherwise it is the only
             // record of the values as they were.

@@ -75,8 +75,8 @@ std::string RegistryBackupFolder(std::string_view gameLoc, std::string_view user
 // Without `restore`: saves each key a first time (an existing backup is kept), recording the
 // values that do not exist yet so that the restore removes them, and writes the values. A
 // value whose backup is not on disk is not changed, and the report says so. With `restore`:
-// loads the backups and deletes each one that loaded whole; one that did not stays, and the
-// report says so.
+// loads the backups (those of the reduced keys' numbers and any that follow them) and deletes
+// each one that loaded whole; one that did not stays, and the report says so.
 void SyncRegistry(const RegistryServices& services, const std::vector<std::string>& lines,
                   std::string_view gameName, std::string_view gameFolder, bool restore);
 

@@ -152,6 +152,14 @@ TEST_F(RegistryLines, BackupsAreTakenOnceAndRestoreLoadsBothNames) {
     for (const char* file :
          {"Kelvan_Game_0.reg", "Kelvan_Game_1.reg", "KelvanOpteraRegistryBackUpFile_1.reg"})
         EXPECT_FALSE(platform::FileExists(fake.files, "C:\\Game\\" + std::string(file))) << file;
+
+    // A recipe whose wildcard no longer finds its key still gets its values back.
+    optimizer::SyncRegistry(services, lines, "Game", "C:\\Game", false);
+    EXPECT_EQ(registry.GetStringValue(key, "Mode").AsText(), "wide");
+    optimizer::SyncRegistry(services, {"HKEY_CURRENT_USER\\Software\\\\Gone,Mode,x,REG_SZ"}, "Game",
+                            "C:\\Game", true);
+    EXPECT_EQ(registry.GetStringValue(key, "Mode").AsText(), "narrow");
+    EXPECT_FALSE(platform::FileExists(fake.files, "C:\\Game\\Kelvan_Game_1.reg"));
 }
 
 }  // namespace
