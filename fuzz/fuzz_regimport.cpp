@@ -8,7 +8,6 @@
 
 #include "platform/fake/FakeKeyStore.h"
 #include "services/RegEditFormat.h"
-#include "text/CodePage.h"
 
 using namespace optera;
 
@@ -16,15 +15,6 @@ namespace {
 
 void Check(bool condition) {
     if (!condition) __builtin_trap();
-}
-
-std::string Utf16File(const std::string& text) {
-    std::string bytes = "\xFF\xFE";
-    for (char16_t unit : text::Utf16FromCodePage(text)) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
-    }
-    return bytes;
 }
 
 }  // namespace
@@ -39,7 +29,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         const auto saved = services::ExportText(store, root);
         if (!saved) continue;
         platform::FakeKeyStore copy{true};
-        Check(services::ImportText(copy, Utf16File(*saved)));
+        Check(services::ImportText(copy, services::Utf16FileBytes(*saved)));
         Check(services::ExportText(copy, root) == saved);
     }
     return 0;

@@ -31,7 +31,7 @@ Session::Session(const std::filesystem::path& prefix, std::string programFolder)
       profile_(wine_.files()),
       programFolder_(std::move(programFolder)),
       prompts_(std::cerr),
-      registry_(wine_.registry(), prompts_),
+      registry_(wine_.registry(), prompts_, &wine_.files()),
       reader_({wine_.machine(), profile_, registry_, programFolder_}, recipeState_) {}
 
 std::unique_ptr<Session> Session::Open(const SessionOptions& options, std::string& error) {

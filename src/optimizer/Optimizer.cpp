@@ -57,8 +57,10 @@ bool Optimizer::CheckRegistryWritable() {
 
 void Optimizer::SyncRegistry(bool restore) {
     RegistryServices registry{services_.registry, recipes_.RegistryView, services_.prompts,
-                              services_.machine, services_.regFiles};
-    optimizer::SyncRegistry(registry, Game().Registry, Game().Name, Game().GameLoc, restore);
+                              services_.machine,  services_.regFiles,    report_};
+    if (services_.pauseBeforeRetry) registry.pause = services_.pauseBeforeRetry;
+    optimizer::SyncRegistry(registry, Game().Registry, Game().Name,
+                            RegistryBackupFolder(Game().GameLoc, Game().UserLoc), restore);
 }
 
 void Optimizer::OptimizeAndLockButtons() {

@@ -8,6 +8,7 @@
 // what could not be done is gathered in a report and shown in one message at the end. No file is
 // edited without its original copy on disk.
 
+#include <chrono>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,8 @@ struct OptimizerServices {
     platform::Prompts& prompts;
     RegistryFiles& regFiles;
     std::string programFolder;  // holds MODS
+    // The pause between two attempts to write a registry value; empty for the real one.
+    std::function<void(std::chrono::milliseconds)> pauseBeforeRetry = {};
 };
 
 class Optimizer {

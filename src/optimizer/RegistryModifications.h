@@ -3,12 +3,15 @@
 // and its type. Key paths may hold one component not known in advance ("\\", "\?", "\*" or
 // "\{...}"), found by a search below the known part.
 
+#include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "optimizer/RegistryFiles.h"
+#include "optimizer/RunReport.h"
 #include "platform/Machine.h"
 #include "platform/Prompts.h"
 #include "services/cRegistry.h"
@@ -22,6 +25,10 @@ struct RegistryEntry {
     std::string Type;  // REG_SZ, REG_DWORD or REG_BINARY, in any case
 };
 
+// The pause between two attempts to write a value: another program (Wine, another Optera) may
+// hold the registry for a moment.
+void PauseBeforeRetry(std::chrono::milliseconds pause);
+
 // What the registry steps work with.
 struct RegistryServices {
     services::cRegistry& registry;
@@ -29,6 +36,8 @@ struct RegistryServices {
     platform::Prompts& prompts;
     platform::Machine machine;
     RegistryFiles& regFiles;
+    RunReport& report;  // what could not be saved, changed or brought back
+    std::function<void(std::chrono::milliseconds)> pause = PauseBeforeRetry;
 };
 
 // The key path with its unknown component resolved: the first key below the known part that has
@@ -44,11 +53,13 @@ std::vector<RegistryEntry> ParseRegistryEntries(const std::vector<std::string>& 
                                                 std::int16_t registryView);
 
 // The fewest keys that cover the entries, so that no key is saved twice. Coverage is by text:
-// "...\Game" covers "...\Game2".
+// "...\Game" covers "...\Game2". An entry whose key was not found (empty) takes no part: the
+// empty text would cover every key, and its export save nothing.
 std::vector<std::string> ReduceRegistryKeys(const std::vector<RegistryEntry>& entries);
 
-// Writes each value (up to 11 attempts; a value that cannot be written is reported in a box and
-// the next one follows), then loads an empty ".reg" file as the registry editor would.
+// Writes each value (up to 11 attempts with a short pause between them; a value that cannot be
+// written is reported in a box and the next one follows), then loads an empty ".reg" file as the
+// registry editor would.
 void WriteRegistryValues(const RegistryServices& services,
                          const std::vector<RegistryEntry>& entries);
 
@@ -56,8 +67,16 @@ void WriteRegistryValues(const RegistryServices& services,
 std::string BackupFileName(std::string_view gameName, std::size_t number);
 std::string OlderBackupFileName(std::size_t number);
 
-// Without `restore`: saves each key a first time (an existing backup is kept) and writes the
-// values. With `restore`: loads the backups and deletes them.
+// The folder that holds a game's registry backups: its located folder, or, for a game the user
+// pointed to (whose folder the recipe reader may have left empty), the folder of that file.
+// "" when the game has neither.
+std::string RegistryBackupFolder(std::string_view gameLoc, std::string_view userLoc);
+
+// Without `restore`: saves each key a first time (an existing backup is kept), recording the
+// values that do not exist yet so that the restore removes them, and writes the values. A
+// value whose backup is not on disk is not changed, and the report says so. With `restore`:
+// loads the backups (those of the reduced keys' numbers and any that follow them) and deletes
+// each one that loaded whole; one that did not stays, and the report says so.
 void SyncRegistry(const RegistryServices& services, const std::vector<std::string>& lines,
                   std::string_view gameName, std::string_view gameFolder, bool restore);
 

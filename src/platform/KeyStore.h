@@ -3,12 +3,14 @@
 // codes) of the Windows registry functions. cRegistry is written against exactly this contract,
 // so it runs the same on the real registry, on a Wine prefix's hive files and in memory.
 //
-// Names and string data cross this interface in the Windows-1252 code page, as the "A"
-// functions pass them. Handles are small integers; the predefined roots have fixed values.
+// Names and string data cross the "A" operations in the Windows-1252 code page, as the "A"
+// functions pass them; the "W" operations pass them whole, in UTF-16. Handles are small
+// integers; the predefined roots have fixed values.
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace optera::platform {
 
@@ -61,6 +63,12 @@ inline constexpr LONG MoreData = 234;
 inline constexpr LONG NoMoreItems = 259;
 inline constexpr LONG KeyDeleted = 1018;
 }  // namespace regerror
+
+// String types travel as UTF-16 through the "W" operations and in the code page through the
+// "A" ones.
+inline bool IsStringType(DWORD type) {
+    return type == regtype::Sz || type == regtype::ExpandSz || type == regtype::MultiSz;
+}
 
 namespace regdisposition {
 inline constexpr DWORD CreatedNewKey = 1;
@@ -115,6 +123,25 @@ class KeyStore {
     virtual bool LookupPrivilegeValueA(std::string_view name, std::uint64_t* luid) = 0;
     virtual bool AdjustTokenPrivileges(std::uintptr_t token, std::uint64_t luid,
                                        DWORD attributes) = 0;
+
+    // The wide-character path, for text that must keep every character (the ".reg" backups of
+    // the values a recipe changes): names in UTF-16, string data as UTF-16LE bytes with their
+    // NUL, as the "W" functions pass them. Names and data come back whole, with no buffer sizes
+    // to agree on. By default they go through the "A" operations, which keep only the code
+    // page's characters; a store that holds Unicode gives them whole.
+    virtual LONG RegOpenKeyExW(HKEY key, std::u16string_view subKey, DWORD options, REGSAM access,
+                               HKEY* result);
+    virtual LONG RegCreateKeyExW(HKEY key, std::u16string_view subKey, REGSAM access, HKEY* result,
+                                 DWORD* disposition);
+    virtual LONG RegEnumKeyExW(HKEY key, DWORD index, std::u16string& name);
+    virtual LONG RegEnumValueW(HKEY key, DWORD index, std::u16string& name, DWORD& type,
+                               std::vector<std::uint8_t>& data);
+    virtual LONG RegQueryValueExW(HKEY key, std::u16string_view valueName, DWORD& type,
+                                  std::vector<std::uint8_t>& data);
+    virtual LONG RegSetValueExW(HKEY key, std::u16string_view valueName, DWORD type,
+                                const std::vector<std::uint8_t>& data);
+    virtual LONG RegDeleteValueW(HKEY key, std::u16string_view valueName);
+    virtual LONG RegDeleteKeyExW(HKEY key, std::u16string_view subKey, REGSAM access);
 
     // Why the store cannot be written now, in words for the user ("Wine is running in this
     // prefix…"); empty when it can. Reading is always allowed.

@@ -16,110 +16,132 @@ using platform::KeyStore;
 namespace regtype = platform::regtype;
 namespace regerror = platform::regerror;
 
-constexpr platform::REGSAM kRead64 = platform::regaccess::Read | platform::regaccess::Wow64_64Key;
+using platform::REGSAM;
 // The registry editor starts a continuation line once a line of hex data reaches this length.
 constexpr std::size_t kHexLineLimit = 77;
-constexpr std::string_view kHeader = "Windows Registry Editor Version 5.00\r\n";
+constexpr std::u16string_view kHeader = u"Windows Registry Editor Version 5.00\r\n";
+constexpr std::u16string_view kCrLf = u"\r\n";
+
+std::u16string Ascii(std::string_view text) {
+    return std::u16string(text.begin(), text.end());
+}
 
 // A name or string in quotes, escaped as Wine's registry editor does (line breaks included, so
 // that a value holding one stays on its line).
-std::string Quoted(std::string_view text) {
-    std::string quoted = "\"";
-    for (char c : text) {
-        if (c == '\\' || c == '"')
-            quoted += {'\\', c};
-        else if (c == '\n')
-            quoted += "\\n";
-        else if (c == '\r')
-            quoted += "\\r";
+std::u16string Quoted(std::u16string_view text) {
+    std::u16string quoted = u"\"";
+    for (char16_t c : text) {
+        if (c == u'\\' || c == u'"')
+            quoted += {u'\\', c};
+        else if (c == u'\n')
+            quoted += u"\\n";
+        else if (c == u'\r')
+            quoted += u"\\r";
         else
             quoted += c;
     }
-    return quoted + '"';
+    return quoted + u'"';
 }
 
-// Bytes of a string value as the file holds them in hex form: UTF-16LE.
-std::vector<std::uint8_t> WideBytes(const std::vector<std::uint8_t>& ansi) {
-    std::vector<std::uint8_t> wide;
-    std::u16string units = text::Utf16FromCodePage(
-        std::string_view(reinterpret_cast<const char*>(ansi.data()), ansi.size()));
-    for (char16_t unit : units) {
-        wide.push_back(static_cast<std::uint8_t>(unit & 0xFF));
-        wide.push_back(static_cast<std::uint8_t>(unit >> 8));
-    }
-    return wide;
-}
-
-std::string HexValue(std::size_t lineLength, DWORD type, const std::vector<std::uint8_t>& data) {
+std::u16string HexValue(std::size_t lineLength, DWORD type, const std::vector<std::uint8_t>& data) {
     char prefix[16];
     if (type == regtype::Binary)
         std::snprintf(prefix, sizeof prefix, "hex:");
     else
         std::snprintf(prefix, sizeof prefix, "hex(%x):", static_cast<unsigned>(type));
-    std::string out = prefix;
+    std::u16string out = Ascii(prefix);
     lineLength += out.size();
     for (std::size_t i = 0; i < data.size(); ++i) {
         char pair[4];
         std::snprintf(pair, sizeof pair, "%02x", data[i]);
-        out += pair;
+        out += Ascii(pair);
         if (i + 1 == data.size()) break;
-        out += ',';
+        out += u',';
         lineLength += 3;
         if (lineLength >= kHexLineLimit) {
-            out += "\\\r\n  ";
+            out += u"\\\r\n  ";
             lineLength = 2;
         }
     }
     return out;
 }
 
-std::string ValueLine(std::string_view name, DWORD type, std::vector<std::uint8_t> data) {
-    std::string line = name.empty() ? "@=" : Quoted(name) + "=";
-    if (type == regtype::Sz && !data.empty() && data.back() == 0 &&
-        std::find(data.begin(), data.end() - 1, 0) == data.end() - 1) {
-        return line + Quoted(std::string(data.begin(), data.end() - 1)) + "\r\n";
+// UTF-16LE data that is one string and its NUL, as a "text" form can hold it.
+std::optional<std::u16string> WholeString(const std::vector<std::uint8_t>& data) {
+    if (data.size() < 2 || data.size() % 2 != 0) return std::nullopt;
+    std::u16string units;
+    for (std::size_t i = 0; i < data.size(); i += 2)
+        units += static_cast<char16_t>(data[i] | data[i + 1] << 8);
+    if (units.find(u'\0') != units.size() - 1) return std::nullopt;
+    units.pop_back();
+    return units;
+}
+
+std::u16string ValueLine(std::u16string_view name, DWORD type,
+                         const std::vector<std::uint8_t>& data) {
+    std::u16string line = name.empty() ? u"@=" : Quoted(name) + u"=";
+    if (type == regtype::Sz) {
+        if (auto text = WholeString(data)) return line + Quoted(*text) + std::u16string(kCrLf);
     }
     if (type == regtype::Dword && data.size() == 4) {
         char number[16];
         std::snprintf(
             number, sizeof number, "dword:%08x",
             data[0] | data[1] << 8 | data[2] << 16 | static_cast<unsigned>(data[3]) << 24);
-        return line + number + "\r\n";
+        return line + Ascii(number) + std::u16string(kCrLf);
     }
-    if (type == regtype::Sz || type == regtype::ExpandSz || type == regtype::MultiSz)
-        data = WideBytes(data);
-    return line + HexValue(line.size(), type, data) + "\r\n";
+    return line + HexValue(line.size(), type, data) + std::u16string(kCrLf);
 }
 
-void ExportKey(KeyStore& store, HKEY key, const std::string& path, std::string& out) {
-    out += "\r\n[" + path + "]\r\n";
-    DWORD subKeys = 0, maxSubKey = 0, values = 0, maxName = 0, maxData = 0;
-    store.RegQueryInfoKeyA(key, nullptr, nullptr, &subKeys, &maxSubKey, &values, &maxName, &maxData,
-                           nullptr);
-    for (DWORD index = 0;; ++index) {
-        std::vector<char> name(maxName + 2);
-        std::vector<std::uint8_t> data(maxData + 2);
-        DWORD nameLength = static_cast<DWORD>(name.size()),
-              dataLength = static_cast<DWORD>(data.size());
-        DWORD type = 0;
-        if (store.RegEnumValueA(key, index, name.data(), &nameLength, &type, data.data(),
-                                &dataLength) != regerror::Success)
-            break;
-        data.resize(dataLength);
-        out += ValueLine(std::string_view(name.data(), nameLength), type, std::move(data));
-    }
-    for (DWORD index = 0;; ++index) {
-        std::vector<char> name(maxSubKey + 2);
-        DWORD nameLength = static_cast<DWORD>(name.size());
-        if (store.RegEnumKeyExA(key, index, name.data(), &nameLength, nullptr, nullptr, nullptr) !=
-            regerror::Success)
-            break;
-        std::string subName(name.data(), nameLength);
+void ExportKey(KeyStore& store, HKEY key, const std::u16string& path, REGSAM view,
+               std::u16string& out) {
+    out += u"\r\n[" + path + u"]\r\n";
+    std::u16string name;
+    DWORD type = 0;
+    std::vector<std::uint8_t> data;
+    for (DWORD index = 0; store.RegEnumValueW(key, index, name, type, data) == regerror::Success;
+         ++index)
+        out += ValueLine(name, type, data);
+    for (DWORD index = 0; store.RegEnumKeyExW(key, index, name) == regerror::Success; ++index) {
         HKEY sub = 0;
-        if (store.RegOpenKeyExA(key, subName, 0, kRead64, &sub) != regerror::Success) continue;
-        ExportKey(store, sub, path + "\\" + subName, out);
+        if (store.RegOpenKeyExW(key, name, 0, platform::regaccess::Read | view, &sub) !=
+            regerror::Success)
+            continue;
+        ExportKey(store, sub, path + u"\\" + name, view, out);
         store.RegCloseKey(sub);
     }
+}
+
+// Whether `inner` names `outer` or a key below it.
+bool Within(std::string_view inner, std::string_view outer) {
+    std::string_view innerRest, outerRest;
+    HKEY innerRoot = RootOfRegPath(inner, &innerRest);
+    if (innerRoot == 0 || innerRoot != RootOfRegPath(outer, &outerRest)) return false;
+    if (outerRest.empty()) return true;
+    if (!text::StartsWithNoCase(innerRest, outerRest)) return false;
+    return innerRest.size() == outerRest.size() || innerRest[outerRest.size()] == '\\';
+}
+
+// The line of a value as it stands now (`"name"=-` when it does not exist) under its key's
+// line; nullopt when its key does not exist, since then nothing can change there.
+std::optional<std::u16string> ValueSection(KeyStore& store, const RegValueRef& ref, REGSAM view,
+                                           bool withExisting) {
+    std::string_view subKey;
+    HKEY root = RootOfRegPath(ref.key, &subKey);
+    HKEY key = 0;
+    if (root == 0 ||
+        store.RegOpenKeyExW(root, text::Utf16FromCodePage(subKey), 0,
+                            platform::regaccess::Read | view, &key) != regerror::Success)
+        return std::nullopt;
+    const std::u16string name = text::Utf16FromCodePage(ref.name);
+    DWORD type = 0;
+    std::vector<std::uint8_t> data;
+    const bool exists = store.RegQueryValueExW(key, name, type, data) == regerror::Success;
+    store.RegCloseKey(key);
+    if (exists && !withExisting) return std::u16string();
+    const std::u16string line =
+        exists ? ValueLine(name, type, data) : (name.empty() ? u"@" : Quoted(name)) + u"=-\r\n";
+    return u"\r\n[" + text::Utf16FromCodePage(ref.key) + u"]\r\n" + line;
 }
 
 }  // namespace
@@ -147,29 +169,44 @@ HKEY RootOfRegPath(std::string_view path, std::string_view* rest) {
     return 0;
 }
 
-std::optional<std::string> ExportText(KeyStore& store, std::string_view keyPath) {
+std::optional<std::u16string> ExportText(KeyStore& store, std::string_view keyPath,
+                                         const std::vector<RegValueRef>& values, REGSAM view) {
     std::string_view subKey;
     HKEY root = RootOfRegPath(keyPath, &subKey);
     if (root == 0) return std::nullopt;
+    std::u16string out(kHeader);
+    bool any = false;
     HKEY key = 0;
-    if (store.RegOpenKeyExA(root, subKey, 0, kRead64, &key) != regerror::Success)
-        return std::nullopt;
-    std::string out(kHeader);
-    ExportKey(store, key, std::string(keyPath), out);
-    store.RegCloseKey(key);
-    return out + "\r\n";
+    if (store.RegOpenKeyExW(root, text::Utf16FromCodePage(subKey), 0,
+                            platform::regaccess::Read | view, &key) == regerror::Success) {
+        ExportKey(store, key, text::Utf16FromCodePage(keyPath), view, out);
+        store.RegCloseKey(key);
+        any = true;
+    }
+    for (const RegValueRef& value : values) {
+        auto section = ValueSection(store, value, view, !any || !Within(value.key, keyPath));
+        if (!section) continue;
+        out += *section;
+        any = true;
+    }
+    if (!any) return std::nullopt;
+    return out + u"\r\n";
 }
 
-bool ExportRegistryKey(KeyStore& store, platform::FileSystem& files, std::string_view keyPath,
-                       std::string_view filePath) {
-    auto content = ExportText(store, keyPath);
-    if (!content) return false;
+std::string Utf16FileBytes(std::u16string_view text) {
     std::string bytes = "\xFF\xFE";
-    for (char16_t unit : text::Utf16FromCodePage(*content)) {
+    for (char16_t unit : text) {
         bytes += static_cast<char>(unit & 0xFF);
         bytes += static_cast<char>(unit >> 8);
     }
-    return platform::ReplaceFile(files, filePath, bytes);
+    return bytes;
+}
+
+bool ExportRegistryKey(KeyStore& store, platform::FileSystem& files, std::string_view keyPath,
+                       std::string_view filePath, const std::vector<RegValueRef>& values,
+                       REGSAM view) {
+    auto content = ExportText(store, keyPath, values, view);
+    return content && platform::ReplaceFile(files, filePath, Utf16FileBytes(*content));
 }
 
 }  // namespace optera::services

@@ -16,7 +16,8 @@ namespace {
 
 // Data buffer of GetValueList: a value with more data is left out of the list.
 constexpr DWORD kValueBufferSize = 255;
-constexpr DWORD kForceRestore = 8;  // REG_FORCE_RESTORE
+constexpr DWORD kForceRestore = 8;              // REG_FORCE_RESTORE
+constexpr platform::LONG kRenameFailed = 1016;  // ERROR_REGISTRY_IO_FAILED
 constexpr DWORD kTokenAdjustAndQuery = 0x28;
 constexpr DWORD kPrivilegeEnabled = 2;
 
@@ -229,11 +230,24 @@ bool cRegistry::SaveKey(std::string_view sKey, std::string_view sFileName, int U
     if (!EnablePrivilege("SeBackupPrivilege")) return false;
     if (!ParseAndOpen(sKey, &cRegistry::ReadMask, Use64BitRegCall, lKeyHandle)) return false;
     if (lReturnCode != regerror::Success) return false;
-    // The store writes only new files, and its contract has no way to remove an old one: a
-    // file that exists makes the save fail.
-    lReturnCode = store_.RegSaveKeyA(lKeyHandle, sFileName);
+    lReturnCode = SaveOver(lKeyHandle, sFileName);
     store_.RegCloseKey(lKeyHandle);
     return lReturnCode == regerror::Success;
+}
+
+platform::LONG cRegistry::SaveOver(HKEY key, std::string_view sFileName) {
+    // The store writes only new files: the key goes to a temporary of its own beside the file,
+    // which then takes the file's place, so that a failed save leaves the old file as it was.
+    if (!files_ || !platform::FileExists(*files_, sFileName))
+        return store_.RegSaveKeyA(key, sFileName);
+    const std::string temp = std::string(sFileName) + ".optera-new";
+    // A temporary left by a run that was stopped is ours to remove.
+    files_->Remove(temp);
+    platform::LONG code = store_.RegSaveKeyA(key, temp);
+    if (code != regerror::Success) return code;
+    if (files_->Rename(temp, sFileName)) return regerror::Success;
+    files_->Remove(temp);
+    return kRenameFailed;
 }
 
 bool cRegistry::RestoreKey(std::string_view sKeyName, std::string_view sFileName,

@@ -81,8 +81,9 @@ bool RegResult::AsBool() const {
 
 // ---- cRegistry ----
 
-cRegistry::cRegistry(platform::KeyStore& store, platform::Prompts& prompts)
-    : store_(store), prompts_(prompts), bIs64Bit(Is64Bit()) {}
+cRegistry::cRegistry(platform::KeyStore& store, platform::Prompts& prompts,
+                     platform::FileSystem* files)
+    : store_(store), prompts_(prompts), files_(files), bIs64Bit(Is64Bit()) {}
 
 bool cRegistry::Is64Bit() const {
     return store_.IsWow64Process();

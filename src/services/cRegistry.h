@@ -22,6 +22,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/FileSystem.h"
 #include "platform/KeyStore.h"
 #include "platform/Prompts.h"
 
@@ -60,7 +61,9 @@ class RegResult {
 
 class cRegistry {
   public:
-    cRegistry(platform::KeyStore& store, platform::Prompts& prompts);
+    // `files` are the files SaveKey replaces; without them SaveKey writes only new files.
+    cRegistry(platform::KeyStore& store, platform::Prompts& prompts,
+              platform::FileSystem* files = nullptr);
 
     // Creates the key and the keys above it (or opens it). Bool; False with an unknown root.
     RegResult CreateKey(std::string_view sKey, int Use64BitRegCall = 1);
@@ -128,8 +131,9 @@ class cRegistry {
     // no privilege: the process must already hold SeRestorePrivilege.
     bool RestoreKey(std::string_view sKeyName, std::string_view sFileName,
                     platform::HKEY lPredefinedKey, int Use64BitRegCall = 1);
-    // Saves a key and everything below it to a new file, with SeBackupPrivilege. False when the
-    // file exists already: the store writes only new files and offers no way to remove one.
+    // Saves a key and everything below it to a file, with SeBackupPrivilege. A file that exists
+    // is replaced in one step (the key is saved beside it, then renamed over it), so that it is
+    // never lost to a save that fails; without the machine's files it stays, and the save fails.
     bool SaveKey(std::string_view sKey, std::string_view sFileName, int Use64BitRegCall = 1);
     // Writes a binary value, one byte per character. Bool; a missing key is a failure (no key
     // is created). An empty KeyValue writes nothing and gives Error.
@@ -178,9 +182,12 @@ class cRegistry {
     RegResult WriteValue(std::string_view sKey, std::string_view sKeyName, platform::DWORD type,
                          std::string_view bytes, int use64, bool emptyIsError);
     void DeleteTree(std::string keyName, platform::HKEY& root, int use64);
+    // Saves an open key to the file, over one that exists.
+    platform::LONG SaveOver(platform::HKEY key, std::string_view sFileName);
 
     platform::KeyStore& store_;
     platform::Prompts& prompts_;
+    platform::FileSystem* files_;
 
     platform::HKEY lKeyHandle = 0;
     platform::HKEY lMainKeyHandle = 0;  // kept between calls: malformed paths fall back on it

@@ -16,7 +16,16 @@ class RegistryLines : public ::testing::Test {
     platform::ScriptedPrompts prompts;
     services::cRegistry registry{fake.registry, prompts};
     optimizer::KeyStoreRegistryFiles regFiles{fake.registry, fake.files};
-    optimizer::RegistryServices services{registry, 1, prompts, fake.machine(), regFiles};
+    optimizer::RunReport report;
+    std::vector<std::chrono::milliseconds> pauses;
+    optimizer::RegistryServices services{
+        registry,
+        1,
+        prompts,
+        fake.machine(),
+        regFiles,
+        report,
+        [this](std::chrono::milliseconds pause) { pauses.push_back(pause); }};
 
     void SetUp() override {
         fake.environment.variables["SystemDrive"] = "C:";
@@ -65,6 +74,10 @@ TEST(ReduceRegistryKeys, KeepsTheFewestKeysThatCoverAll) {
     EXPECT_EQ(reduce({"A\\B", "A\\C", "A\\B"}), (V{"A\\B", "A\\C"}));
     EXPECT_EQ(reduce({"S\\Game", "S\\Game2"}), V{"S\\Game"}) << "coverage is by text";
     EXPECT_EQ(reduce({"Only\\One"}), V{"Only\\One"});
+    // A wildcard that found no key leaves its entry's key empty; it covers nothing.
+    EXPECT_EQ(reduce({"A\\B", ""}), V{"A\\B"});
+    EXPECT_EQ(reduce({"", "A\\B", "", "A\\C"}), (V{"A\\B", "A\\C"}));
+    EXPECT_EQ(reduce({""}), V{});
 }
 
 TEST_F(RegistryLines, ValuesAreWrittenByTypeAndFailuresAreReported) {
@@ -88,6 +101,30 @@ TEST_F(RegistryLines, ValuesAreWrittenByTypeAndFailuresAreReported) {
                                      "behave in a way different than expected.",
                                  platform::MessageButtons::Ok, platform::MessageIcon::Critical}));
     EXPECT_FALSE(platform::FileExists(fake.files, "C:\\tmpReg.reg"));
+}
+
+TEST_F(RegistryLines, AValueIsTriedElevenTimesWithAPauseBetweenTries) {
+    const std::string key = "HKEY_CURRENT_USER\\Software\\Game";
+    using namespace std::chrono_literals;
+    fake.registry.DenyWrites(true);
+    optimizer::WriteRegistryValues(services, {{key, "Mode", "wide", "REG_SZ"}});
+    EXPECT_EQ(pauses, std::vector<std::chrono::milliseconds>(10, 50ms));
+    EXPECT_EQ(prompts.shown.size(), 1u);
+
+    // Another program let go of the registry during the second pause.
+    pauses.clear();
+    services.pause = [&](std::chrono::milliseconds pause) {
+        pauses.push_back(pause);
+        if (pauses.size() == 2) fake.registry.DenyWrites(false);
+    };
+    optimizer::WriteRegistryValues(services, {{key, "Mode", "wide", "REG_SZ"}});
+    EXPECT_EQ(pauses.size(), 2u);
+    EXPECT_EQ(registry.GetStringValue(key, "Mode").AsText(), "wide");
+    EXPECT_EQ(prompts.shown.size(), 1u) << "no second box";
+
+    pauses.clear();
+    optimizer::WriteRegistryValues(services, {{key, "Mode", "wider", "REG_SZ"}});
+    EXPECT_TRUE(pauses.empty()) << "a write that works at once waits for nothing";
 }
 
 TEST_F(RegistryLines, BackupsAreTakenOnceAndRestoreLoadsBothNames) {
@@ -115,6 +152,14 @@ TEST_F(RegistryLines, BackupsAreTakenOnceAndRestoreLoadsBothNames) {
     for (const char* file :
          {"Kelvan_Game_0.reg", "Kelvan_Game_1.reg", "KelvanOpteraRegistryBackUpFile_1.reg"})
         EXPECT_FALSE(platform::FileExists(fake.files, "C:\\Game\\" + std::string(file))) << file;
+
+    // A recipe whose wildcard no longer finds its key still gets its values back.
+    optimizer::SyncRegistry(services, lines, "Game", "C:\\Game", false);
+    EXPECT_EQ(registry.GetStringValue(key, "Mode").AsText(), "wide");
+    optimizer::SyncRegistry(services, {"HKEY_CURRENT_USER\\Software\\\\Gone,Mode,x,REG_SZ"}, "Game",
+                            "C:\\Game", true);
+    EXPECT_EQ(registry.GetStringValue(key, "Mode").AsText(), "narrow");
+    EXPECT_FALSE(platform::FileExists(fake.files, "C:\\Game\\Kelvan_Game_1.reg"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "platform/fake/FakeFileSystem.h"
 #include "platform/fake/FakeKeyStore.h"
 #include "services/RegEditFormat.h"
+#include "text/CodePage.h"
 
 using namespace optera;
 using platform::FakeKeyStore;
@@ -40,7 +41,7 @@ TEST_F(RegEdit, ExportWritesTheKeyAndItsSubkeysAsTheEditorDoes) {
     auto text = services::ExportText(store, "HKEY_CURRENT_USER\\Software\\Game");
     ASSERT_TRUE(text);
     EXPECT_EQ(
-        *text,
+        text::Utf8FromUtf16(*text),
         "Windows Registry Editor Version 5.00\r\n"
         "\r\n[HKEY_CURRENT_USER\\Software\\Game]\r\n"
         "@=\"default\"\r\n"
@@ -92,7 +93,8 @@ TEST_F(RegEdit, ImportSetsChangesAndDeletes) {
         "\r\n[-HKEY_CURRENT_USER\\Software\\Game\\Video]\r\n"
         "\r\n[HKEY_LOCAL_MACHINE\\Software\\Made\\Here]\r\n";
     files.PutFile("C:\\in.reg", "\xFF\xFE" + Utf16(file));
-    ASSERT_TRUE(services::ImportRegistryFile(store, files, "C:\\in.reg"));
+    EXPECT_FALSE(services::ImportRegistryFile(store, files, "C:\\in.reg"))
+        << "two lines could not be read: the file did not load whole";
 
     using Value = FakeKeyStore::StoredValue;
     EXPECT_EQ(store.Value(hkey::CurrentUser, "Software\\Game", "Width"),
@@ -123,6 +125,8 @@ TEST_F(RegEdit, OnlyRegistryFilesAreImported) {
     EXPECT_FALSE(services::ImportRegistryFile(store, files, "C:\\not.reg"));
     EXPECT_FALSE(store.Exists(hkey::CurrentUser, "Software\\Not"));
     EXPECT_FALSE(services::ImportRegistryFile(store, files, "C:\\missing.reg"));
+    EXPECT_FALSE(services::ImportText(store, "=hex:01,\\")) << "a last line that continues";
+    EXPECT_FALSE(services::ImportText(store, ""));
 }
 
 }  // namespace

@@ -176,7 +176,7 @@ TEST_F(Registry, StringValuesAreTrimmedAndCut) {
     };
     const Row rows[] = {
         {"two blanks at each end", regtype::Sz, std::string("  ab  \0", 7), "ab  "},
-        {"no terminator loses trailing blanks", regtype::Sz, "  ab  ", "ab"},
+        {"no terminator keeps trailing blanks", regtype::Sz, "  ab  ", "ab  "},
         {"tab ends the text", regtype::Sz, std::string("ab\tcd\0", 6), "ab"},
         {"line feed stays", regtype::Sz, std::string("ab\ncd\0", 6), "ab\ncd"},
         {"NUL ends the text", regtype::Sz, std::string("ab\0cd\0", 6), "ab"},

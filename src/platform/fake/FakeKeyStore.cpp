@@ -42,8 +42,9 @@ LONG CopyName(const std::string& source, char* buffer, DWORD* length) {
 }
 
 // Copies value data into a caller's buffer: only the size without a buffer, 234 with the size
-// needed when the buffer is too small.
-LONG CopyData(const std::string& bytes, std::uint8_t* data, DWORD* dataLength) {
+// needed when the buffer is too small. As Windows does, a string stored without its NUL gets
+// one when there is room (not counted in the size).
+LONG CopyData(DWORD type, const std::string& bytes, std::uint8_t* data, DWORD* dataLength) {
     if (data == nullptr) {
         if (dataLength != nullptr) *dataLength = static_cast<DWORD>(bytes.size());
         return regerror::Success;
@@ -53,6 +54,8 @@ LONG CopyData(const std::string& bytes, std::uint8_t* data, DWORD* dataLength) {
     *dataLength = static_cast<DWORD>(bytes.size());
     if (room < bytes.size()) return regerror::MoreData;
     std::memcpy(data, bytes.data(), bytes.size());
+    if (IsStringType(type) && room > bytes.size() && (bytes.empty() || bytes.back() != '\0'))
+        data[bytes.size()] = 0;
     return regerror::Success;
 }
 
@@ -294,7 +297,7 @@ LONG FakeKeyStore::RegQueryValueExA(HKEY key, std::string_view valueName, DWORD*
     Key::Entry* entry = found->FindValue(valueName);
     if (entry == nullptr) return regerror::FileNotFound;
     if (type != nullptr) *type = entry->value.type;
-    return CopyData(entry->value.bytes, data, dataLength);
+    return CopyData(entry->value.type, entry->value.bytes, data, dataLength);
 }
 
 LONG FakeKeyStore::RegSetValueExA(HKEY key, std::string_view valueName, DWORD type,
@@ -335,7 +338,7 @@ LONG FakeKeyStore::RegEnumValueA(HKEY key, DWORD index, char* name, DWORD* nameL
     const Key::Entry& entry = found->values[index];
     if (LONG code = CopyName(entry.name, name, nameLength)) return code;
     if (type != nullptr) *type = entry.value.type;
-    return CopyData(entry.value.bytes, data, dataLength);
+    return CopyData(entry.value.type, entry.value.bytes, data, dataLength);
 }
 
 LONG FakeKeyStore::RegQueryInfoKeyA(HKEY key, char* className, DWORD* classLength, DWORD* subKeys,

@@ -288,7 +288,7 @@ bool WineKeyStore::IsSharedClasses(const Spot& spot) const {
 
 WineKeyStore::Walked WineKeyStore::Walk(Spot at, std::string_view subKey, bool view32,
                                         bool followLast) const {
-    const std::vector<std::string> parts = SplitPath(Utf8FromCodePage(subKey));
+    const std::vector<std::string> parts = SplitPath(subKey);
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const std::string& part = parts[i];
         auto missing = [&] { return Walked{at, false, {parts.begin() + i, parts.end()}}; };
@@ -382,6 +382,16 @@ LONG WineKeyStore::Refuse(std::string reason) {
 
 LONG WineKeyStore::RegOpenKeyExA(HKEY key, std::string_view subKey, DWORD options, REGSAM access,
                                  HKEY* result) {
+    return Open(key, Utf8FromCodePage(subKey), options, access, result);
+}
+
+LONG WineKeyStore::RegOpenKeyExW(HKEY key, std::u16string_view subKey, DWORD options, REGSAM access,
+                                 HKEY* result) {
+    return Open(key, Utf8FromUtf16(subKey), options, access, result);
+}
+
+LONG WineKeyStore::Open(HKEY key, std::string_view subKey, DWORD options, REGSAM access,
+                        HKEY* result) {
     if (!result) return regerror::InvalidParameter;
     *result = 0;
     if (!AcceptPath(key, subKey)) return kBadPathname;
@@ -402,18 +412,42 @@ LONG WineKeyStore::RegCloseKey(HKEY key) {
 
 LONG WineKeyStore::RegQueryValueExA(HKEY key, std::string_view valueName, DWORD* type,
                                     std::uint8_t* data, DWORD* dataLength) {
+    RegFileValue value;
+    if (LONG code = QueryValue(key, Utf8FromCodePage(valueName), value)) return code;
+    return GiveValue(value, type, data, dataLength);
+}
+
+LONG WineKeyStore::RegQueryValueExW(HKEY key, std::u16string_view valueName, DWORD& type,
+                                    std::vector<std::uint8_t>& data) {
+    RegFileValue value;
+    if (LONG code = QueryValue(key, Utf8FromUtf16(valueName), value)) return code;
+    type = value.type;
+    data = std::move(value.data);
+    return regerror::Success;
+}
+
+LONG WineKeyStore::QueryValue(HKEY key, std::string_view valueName, RegFileValue& value) {
     BeginCall();
     Spot spot;
     if (LONG code = Start(key, regaccess::QueryValue, spot)) return code;
-    const RegFileValue* value =
-        spot.key ? spot.key->FindValue(Utf8FromCodePage(valueName)) : nullptr;
-    if (!value) return regerror::FileNotFound;
-    return GiveValue(*value, type, data, dataLength);
+    const RegFileValue* found = spot.key ? spot.key->FindValue(valueName) : nullptr;
+    if (!found) return regerror::FileNotFound;
+    value = *found;
+    return regerror::Success;
 }
 
 LONG WineKeyStore::RegSetValueExA(HKEY key, std::string_view valueName, DWORD type,
                                   const std::uint8_t* data, DWORD dataLength) {
     if (!data && dataLength) return regerror::InvalidParameter;
+    return SetValue(key, {Utf8FromCodePage(valueName), type, StoredData(type, data, dataLength)});
+}
+
+LONG WineKeyStore::RegSetValueExW(HKEY key, std::u16string_view valueName, DWORD type,
+                                  const std::vector<std::uint8_t>& data) {
+    return SetValue(key, {Utf8FromUtf16(valueName), type, data});
+}
+
+LONG WineKeyStore::SetValue(HKEY key, RegFileValue value) {
     BeginCall();
     Spot spot;
     if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
@@ -425,7 +459,6 @@ LONG WineKeyStore::RegSetValueExA(HKEY key, std::string_view valueName, DWORD ty
     WineHive& hive = Hive(spot.hive);
     if (!hive.valid()) return Refuse(CannotSave(hive));
 
-    RegFileValue value{Utf8FromCodePage(valueName), type, StoredData(type, data, dataLength)};
     const RegFileValue* old = spot.key->FindValue(value.name);
     // As in Wine, a value set to what it holds is no change: the file stays as it is.
     if (old && old->type == value.type && old->data == value.data) return regerror::Success;
@@ -439,34 +472,67 @@ LONG WineKeyStore::RegEnumKeyExA(HKEY key, DWORD index, char* name, DWORD* nameL
                                  char* className, DWORD* classLength,
                                  std::uint64_t* lastWriteTime) {
     if (!name || !nameLength) return regerror::InvalidParameter;
-    BeginCall();
-    Spot spot;
-    if (LONG code = Start(key, regaccess::EnumerateSubKeys, spot)) return code;
-    const std::vector<Subkey> list = Subkeys(spot, HandleView32(key));
-    if (index >= list.size()) return regerror::NoMoreItems;
-    const Subkey& subkey = list[index];
-    const std::string text = CodePageFromUtf8(subkey.name);
-    const std::string kind = CodePageFromUtf8(subkey.key->ClassName().value_or(""));
+    std::string utf8;
+    const Key* subkey = nullptr;
+    if (LONG code = SubkeyAt(key, index, utf8, subkey)) return code;
+    const std::string text = CodePageFromUtf8(utf8);
+    const std::string kind = CodePageFromUtf8(subkey->ClassName().value_or(""));
     if (text.size() >= *nameLength) return regerror::MoreData;
     if (className && classLength && kind.size() >= *classLength) return regerror::MoreData;
     GiveName(text, name, nameLength);
     if (className && classLength) GiveName(kind, className, classLength);
     if (classLength) *classLength = static_cast<DWORD>(kind.size());
-    if (lastWriteTime) *lastWriteTime = subkey.key->Modified();
+    if (lastWriteTime) *lastWriteTime = subkey->Modified();
+    return regerror::Success;
+}
+
+LONG WineKeyStore::RegEnumKeyExW(HKEY key, DWORD index, std::u16string& name) {
+    std::string utf8;
+    const Key* subkey = nullptr;
+    if (LONG code = SubkeyAt(key, index, utf8, subkey)) return code;
+    name = Utf16FromUtf8(utf8);
+    return regerror::Success;
+}
+
+LONG WineKeyStore::SubkeyAt(HKEY key, DWORD index, std::string& name, const Key*& subkey) {
+    BeginCall();
+    Spot spot;
+    if (LONG code = Start(key, regaccess::EnumerateSubKeys, spot)) return code;
+    const std::vector<Subkey> list = Subkeys(spot, HandleView32(key));
+    if (index >= list.size()) return regerror::NoMoreItems;
+    name = std::string(list[index].name);
+    subkey = list[index].key;
     return regerror::Success;
 }
 
 LONG WineKeyStore::RegEnumValueA(HKEY key, DWORD index, char* name, DWORD* nameLength, DWORD* type,
                                  std::uint8_t* data, DWORD* dataLength) {
     if (!name || !nameLength || (data && !dataLength)) return regerror::InvalidParameter;
+    RegFileValue value;
+    if (LONG code = ValueAt(key, index, value)) return code;
+    if (LONG code = GiveName(CodePageFromUtf8(value.name), name, nameLength)) return code;
+    return GiveValue(value, type, data, dataLength);
+}
+
+LONG WineKeyStore::RegEnumValueW(HKEY key, DWORD index, std::u16string& name, DWORD& type,
+                                 std::vector<std::uint8_t>& data) {
+    RegFileValue value;
+    if (LONG code = ValueAt(key, index, value)) return code;
+    name = Utf16FromUtf8(value.name);
+    type = value.type;
+    data = std::move(value.data);
+    return regerror::Success;
+}
+
+LONG WineKeyStore::ValueAt(HKEY key, DWORD index, RegFileValue& value) {
     BeginCall();
     Spot spot;
     if (LONG code = Start(key, regaccess::QueryValue, spot)) return code;
     const std::vector<const RegFileValue*> values =
         spot.key ? spot.key->Values() : std::vector<const RegFileValue*>();
     if (index >= values.size()) return regerror::NoMoreItems;
-    if (LONG code = GiveName(CodePageFromUtf8(values[index]->name), name, nameLength)) return code;
-    return GiveValue(*values[index], type, data, dataLength);
+    value = *values[index];
+    return regerror::Success;
 }
 
 LONG WineKeyStore::RegQueryInfoKeyA(HKEY key, char* className, DWORD* classLength, DWORD* subKeys,
@@ -511,6 +577,17 @@ LONG WineKeyStore::RegQueryInfoKeyA(HKEY key, char* className, DWORD* classLengt
 LONG WineKeyStore::RegCreateKeyExA(HKEY key, std::string_view subKey, DWORD /*reserved*/,
                                    std::string_view className, DWORD /*options*/, REGSAM access,
                                    HKEY* result, DWORD* disposition) {
+    return Create(key, Utf8FromCodePage(subKey), Utf8FromCodePage(className), access, result,
+                  disposition);
+}
+
+LONG WineKeyStore::RegCreateKeyExW(HKEY key, std::u16string_view subKey, REGSAM access,
+                                   HKEY* result, DWORD* disposition) {
+    return Create(key, Utf8FromUtf16(subKey), "", access, result, disposition);
+}
+
+LONG WineKeyStore::Create(HKEY key, std::string_view subKey, std::string_view className,
+                          REGSAM access, HKEY* result, DWORD* disposition) {
     if (!result) return regerror::InvalidParameter;
     *result = 0;
     if (!AcceptPath(key, subKey)) return kBadPathname;
@@ -542,7 +619,7 @@ LONG WineKeyStore::CreateMissing(HKEY key, std::string_view subKey, std::string_
         std::string path = walked.at.key->path;
         for (const std::string& part : walked.rest) path = JoinPath(std::move(path), part);
         RegFileKey& line = hive.file().AddKey(path, Now());
-        if (!className.empty()) line.className = Utf8FromCodePage(className);
+        if (!className.empty()) line.className = std::string(className);
         if (!hive.Commit()) return kRegistryIoFailed;
         walked.at.key = hive.Find(path);
         if (!walked.at.key) return kRegistryIoFailed;
@@ -554,12 +631,16 @@ LONG WineKeyStore::CreateMissing(HKEY key, std::string_view subKey, std::string_
 }
 
 LONG WineKeyStore::RegDeleteKeyA(HKEY key, std::string_view subKey) {
-    return DeleteKey(key, subKey, 0);
+    return DeleteKey(key, Utf8FromCodePage(subKey), 0);
 }
 
 LONG WineKeyStore::RegDeleteKeyExA(HKEY key, std::string_view subKey, REGSAM access,
                                    DWORD /*reserved*/) {
-    return DeleteKey(key, subKey, access);
+    return DeleteKey(key, Utf8FromCodePage(subKey), access);
+}
+
+LONG WineKeyStore::RegDeleteKeyExW(HKEY key, std::u16string_view subKey, REGSAM access) {
+    return DeleteKey(key, Utf8FromUtf16(subKey), access);
 }
 
 LONG WineKeyStore::DeleteKey(HKEY key, std::string_view subKey, REGSAM access) {
@@ -587,14 +668,21 @@ LONG WineKeyStore::DeleteKey(HKEY key, std::string_view subKey, REGSAM access) {
 }
 
 LONG WineKeyStore::RegDeleteValueA(HKEY key, std::string_view valueName) {
+    return DeleteValue(key, Utf8FromCodePage(valueName));
+}
+
+LONG WineKeyStore::RegDeleteValueW(HKEY key, std::u16string_view valueName) {
+    return DeleteValue(key, Utf8FromUtf16(valueName));
+}
+
+LONG WineKeyStore::DeleteValue(HKEY key, std::string_view valueName) {
     BeginCall();
     Spot spot;
     if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
     WriteLock lock(*this);
     if (lock.code()) return lock.code();
     if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
-    const RegFileValue* value =
-        spot.key ? spot.key->FindValue(Utf8FromCodePage(valueName)) : nullptr;
+    const RegFileValue* value = spot.key ? spot.key->FindValue(valueName) : nullptr;
     if (!value) return regerror::FileNotFound;
     WineHive& hive = Hive(spot.hive);
     if (!hive.valid()) return Refuse(CannotSave(hive));

@@ -76,6 +76,21 @@ class WineKeyStore : public KeyStore {
     // Replaces the key's values and subkeys by those of a file RegSaveKeyA wrote.
     LONG RegRestoreKeyA(HKEY key, std::string_view fileName, DWORD flags) override;
 
+    // The wide path: names and strings whole, as the hive files hold them.
+    LONG RegOpenKeyExW(HKEY key, std::u16string_view subKey, DWORD options, REGSAM access,
+                       HKEY* result) override;
+    LONG RegCreateKeyExW(HKEY key, std::u16string_view subKey, REGSAM access, HKEY* result,
+                         DWORD* disposition) override;
+    LONG RegEnumKeyExW(HKEY key, DWORD index, std::u16string& name) override;
+    LONG RegEnumValueW(HKEY key, DWORD index, std::u16string& name, DWORD& type,
+                       std::vector<std::uint8_t>& data) override;
+    LONG RegQueryValueExW(HKEY key, std::u16string_view valueName, DWORD& type,
+                          std::vector<std::uint8_t>& data) override;
+    LONG RegSetValueExW(HKEY key, std::u16string_view valueName, DWORD type,
+                        const std::vector<std::uint8_t>& data) override;
+    LONG RegDeleteValueW(HKEY key, std::u16string_view valueName) override;
+    LONG RegDeleteKeyExW(HKEY key, std::u16string_view subKey, REGSAM access) override;
+
     // True on a 64-bit prefix.
     bool IsWow64Process() const override;
     // The hive files belong to the user, so every privilege is granted.
@@ -111,8 +126,18 @@ class WineKeyStore : public KeyStore {
     bool HandleView32(HKEY key) const;
     HKEY NewHandle(const Spot& spot, REGSAM access);
     LONG Refuse(std::string reason);
+    // The operations of both paths, with names and paths in UTF-8 as the hive files hold them
+    // and string data as UTF-16LE.
+    LONG Open(HKEY key, std::string_view subKey, DWORD options, REGSAM access, HKEY* result);
+    LONG Create(HKEY key, std::string_view subKey, std::string_view className, REGSAM access,
+                HKEY* result, DWORD* disposition);
     LONG CreateMissing(HKEY key, std::string_view subKey, std::string_view className, REGSAM access,
                        HKEY* result, DWORD* disposition);
+    LONG QueryValue(HKEY key, std::string_view valueName, RegFileValue& value);
+    LONG SetValue(HKEY key, RegFileValue value);
+    LONG SubkeyAt(HKEY key, DWORD index, std::string& name, const WineHive::Key*& subkey);
+    LONG ValueAt(HKEY key, DWORD index, RegFileValue& value);
+    LONG DeleteValue(HKEY key, std::string_view valueName);
     LONG DeleteKey(HKEY key, std::string_view subKey, REGSAM access);
     LONG Restore(const Spot& spot, const RegFile& saved);
 

@@ -189,6 +189,44 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
             << value.name << " after the editor loaded our file:\n"
             << shown;
 
+    // Names and strings beyond the code page: our file is the registry editor's, byte for
+    // byte, and the editor loads it whole.
+    ASSERT_EQ(Shell(prefix, "wineserver -k; wineserver -w"), 0);
+    const std::u16string name = u"\u0418\u043c\u044f";
+    const std::u16string text = u"\U0001F30E \u0416";
+    std::vector<std::uint8_t> data;
+    for (char16_t unit : text + u'\0')
+        data.insert(data.end(),
+                    {static_cast<std::uint8_t>(unit), static_cast<std::uint8_t>(unit >> 8)});
+    HKEY wide = 0;
+    ASSERT_EQ(store.RegCreateKeyExW(hkey::CurrentUser, u"Software\\Optera\\Wide\\\u65e5\u672c",
+                                    0xF003F | regaccess::Wow64_64Key, &wide, nullptr),
+              0);
+    ASSERT_EQ(store.RegSetValueExW(wide, name, regtype::Sz, data), 0);
+    store.RegCloseKey(wide);
+    ASSERT_EQ(Shell(prefix, wine + " regedit /e 'C:\\wide-theirs.reg' "
+                                   "'HKEY_CURRENT_USER\\Software\\Optera\\Wide'"),
+              0);
+    ASSERT_EQ(Shell(prefix, "wineserver -k; wineserver -w"), 0);
+    ASSERT_TRUE(optera::services::ExportRegistryKey(
+        store, files, "HKEY_CURRENT_USER\\Software\\Optera\\Wide", "C:\\wide-ours.reg"));
+    EXPECT_EQ(files.ReadAll("C:\\wide-ours.reg"), files.ReadAll("C:\\wide-theirs.reg"));
+    ASSERT_EQ(store.RegOpenKeyExW(hkey::CurrentUser, u"Software\\Optera\\Wide\\\u65e5\u672c", 0,
+                                  0xF003F | regaccess::Wow64_64Key, &wide),
+              0);
+    ASSERT_EQ(store.RegDeleteValueW(wide, name), 0);
+    store.RegCloseKey(wide);
+    ASSERT_EQ(Shell(prefix, wine + " regedit /s 'C:\\wide-ours.reg'"), 0);
+    ASSERT_EQ(Shell(prefix, "wineserver -k; wineserver -w"), 0);
+    ASSERT_EQ(store.RegOpenKeyExW(hkey::CurrentUser, u"Software\\Optera\\Wide\\\u65e5\u672c", 0,
+                                  regaccess::Read | regaccess::Wow64_64Key, &wide),
+              0);
+    DWORD type = 0;
+    std::vector<std::uint8_t> loaded;
+    EXPECT_EQ(store.RegQueryValueExW(wide, name, type, loaded), 0);
+    EXPECT_EQ(loaded, data) << "the registry editor loaded our file";
+    store.RegCloseKey(wide);
+
     std::printf("wineboot and first save: %.1f s; whole test: %.1f s\n", booted, seconds());
 }
 
