@@ -12,6 +12,7 @@
 #include "platform/WindowsPath.h"
 #include "platform/fake/FakeMachine.h"
 #include "platform/fake/ScriptedPrompts.h"
+#include "support/FakeOptimizer.h"
 
 using namespace optera;
 using platform::MessageAnswer;
@@ -26,18 +27,7 @@ constexpr char kUi[] = "<ui><w>1024</w><h>768</h></ui>";
 constexpr char kInput[] = "w 1024\r\nh 768\r\n";
 
 // A game in C:\Game with one file of each kind of edit, and Optera in C:\Optera.
-struct Bench {
-    platform::FakeMachine fake;
-    platform::ScriptedPrompts prompts;
-    services::cPrivateProfile profile{fake.files};
-    services::cRegistry registry{fake.registry, prompts};
-    optimizer::KeyStoreRegistryFiles regFiles{fake.registry, fake.files};
-    recipes::RecipeState state;
-    mainwindow::MainWindow gui;
-    optimizer::Optimizer optimizer{
-        {fake.machine(), profile, registry, prompts, regFiles, "C:\\Optera"}, state, gui};
-    recipes::GameRecord& game = state.CurrentGame;
-
+struct Bench : optera::testing::FakeOptimizer {
     Bench() {
         fake.files.PutFile("C:\\Optera\\MODS\\Game.txt", "[GAMERES]\r\nRES=1024x768\r\n");
         fake.files.PutFile("C:\\Game\\game.exe", "MZ");

@@ -3,6 +3,7 @@
 #include "optimizer/Optimizer.h"
 #include "platform/fake/FakeMachine.h"
 #include "platform/fake/ScriptedPrompts.h"
+#include "support/FakeOptimizer.h"
 
 using namespace optera;
 using platform::MessageAnswer;
@@ -10,19 +11,8 @@ namespace attr = platform::attr;
 
 namespace {
 
-class Details : public ::testing::Test {
+class Details : public ::testing::Test, public optera::testing::FakeOptimizer {
   protected:
-    platform::FakeMachine fake;
-    platform::ScriptedPrompts prompts;
-    services::cPrivateProfile profile{fake.files};
-    services::cRegistry registry{fake.registry, prompts};
-    optimizer::KeyStoreRegistryFiles regFiles{fake.registry, fake.files};
-    recipes::RecipeState state;
-    mainwindow::MainWindow gui;
-    optimizer::Optimizer optimizer{
-        {fake.machine(), profile, registry, prompts, regFiles, "C:\\Optera"}, state, gui};
-    recipes::GameRecord& game = state.CurrentGame;
-
     void SetUp() override {
         fake.specialFolders.folders[platform::csidl::Desktop] = "C:\\users\\me\\Desktop";
         fake.specialFolders.folders[platform::csidl::CommonDesktopDirectory] =

@@ -11,6 +11,7 @@
 #include "optimizer/Optimizer.h"
 #include "platform/fake/FakeMachine.h"
 #include "platform/fake/ScriptedPrompts.h"
+#include "support/FakeOptimizer.h"
 
 using namespace optera;
 using platform::MessageAnswer;
@@ -22,18 +23,7 @@ constexpr char kKey[] = "HKEY_CURRENT_USER\\Software\\Game";
 constexpr char kBackup[] = "C:\\Game\\Kelvan_Game_0.reg";
 
 // A game whose recipe sets a value that exists and one that does not, below its key.
-struct GameSetup {
-    platform::FakeMachine fake;
-    platform::ScriptedPrompts prompts;
-    services::cPrivateProfile profile{fake.files};
-    services::cRegistry registry{fake.registry, prompts};
-    optimizer::KeyStoreRegistryFiles regFiles{fake.registry, fake.files};
-    recipes::RecipeState state;
-    mainwindow::MainWindow gui;
-    optimizer::Optimizer optimizer{
-        {fake.machine(), profile, registry, prompts, regFiles, "C:\\Optera"}, state, gui};
-    recipes::GameRecord& game = state.CurrentGame;
-
+struct GameSetup : optera::testing::FakeOptimizer {
     GameSetup() {
         fake.environment.variables["SystemDrive"] = "C:";
         fake.files.PutFile("C:\\Optera\\MODS\\Game.txt", "[GAMERES]\r\nRES=1024x768\r\n");
