@@ -153,10 +153,14 @@ std::string RegistryValues(const std::string& bytes) {
     return text;
 }
 
+// Snapshots are taken of the folder that holds the prefix as "prefix".
+bool AtPrefixTop(const fs::path& relative) {
+    return relative.parent_path() == "prefix";
+}
+
 bool IsHive(const fs::path& relative) {
     static const std::set<std::string> hives{"user.reg", "system.reg", "userdef.reg"};
-    return relative.has_parent_path() && relative.parent_path().filename() == "prefix" &&
-           hives.count(relative.filename().string()) > 0;
+    return AtPrefixTop(relative) && hives.count(relative.filename().string()) > 0;
 }
 
 std::string Printable(const std::string& bytes) {
@@ -185,6 +189,8 @@ Snapshot TakeSnapshot(const fs::path& top) {
     for (auto it = fs::recursive_directory_iterator(top, error);
          it != fs::recursive_directory_iterator(); it.increment(error)) {
         const fs::path relative = fs::relative(it->path(), top);
+        // The prefix's lock file stays once made, empty: it holds nothing of the user's.
+        if (relative.filename() == ".optera.lock" && AtPrefixTop(relative)) continue;
         struct stat st;
         if (::lstat(it->path().c_str(), &st) != 0) continue;
         std::ostringstream entry;
@@ -235,9 +241,12 @@ std::vector<std::string> Temporaries(const Snapshot& snapshot) {
 struct Game {
     const char* name;
     const char* resolution;
+    const char* changed;  // a file that a clean Optimize changes, seen by the snapshots
 };
 
-const Game kGames[] = {{"Sample Racer", "3840x1024"}, {"Canyon Flight", "5760x1080"}};
+// Between them: profile, XML, line and text edits, a registry value with its backup, launchers.
+const Game kGames[] = {{"Sample Racer", "3840x1024", "prefix/user.reg"},
+                       {"Canyon Flight", "5760x1080", "Canyon Flight/config/display.xml"}};
 
 enum class Command { Optimize, Restore };
 
@@ -472,6 +481,9 @@ TEST_P(KilledBeforeEveryCall, OptimizeAndRestoreAfterwardsLeaveEverythingAsAtSta
     if (c.command == Command::Restore) {
         Outcome optimized = world.Optera(Command::Optimize, c.game);
         ASSERT_EQ(optimized.code, 0) << optimized.Describe();
+        ASSERT_NE(Differences(start, TakeSnapshot(world.root())).find(c.game.changed),
+                  std::string::npos)
+            << "the snapshots do not see what Optimize changes";
         world.KeepAsStart();
     }
     Outcome counted;
