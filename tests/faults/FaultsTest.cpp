@@ -400,6 +400,27 @@ struct Verdict {
         for (const std::string& temporary : Temporaries(end))
             Fault("a temporary was left", "  " + temporary + "\n");
     }
+    // Each file is replaced in one step: where a run stopped, every entry (temporaries aside)
+    // is as before the run or as a whole run leaves it, never half-way.
+    void EachWhole(const Snapshot& before, const Snapshot& after, const Snapshot& now) {
+        std::set<std::string> paths;
+        for (const Snapshot* snapshot : {&before, &after, &now})
+            for (const auto& [path, entry] : *snapshot) paths.insert(path);
+        auto at = [](const Snapshot& snapshot, const std::string& path) {
+            auto found = snapshot.find(path);
+            return found == snapshot.end() ? std::string("(none)") : found->second;
+        };
+        std::string half;
+        for (const std::string& path : paths) {
+            if (IsTemporary(fs::path(path).filename().string())) continue;
+            const std::string was = at(before, path), whole = at(after, path), is = at(now, path);
+            if (is != was && is != whole)
+                half += "  " + path + "\n    before the run: " + was +
+                        "\n    after a whole run: " + whole + "\n    where it stopped: " + is +
+                        "\n";
+        }
+        if (!half.empty()) Fault("half-done where the run stopped", half);
+    }
 };
 
 // Collects the points that failed: the first few in full, then one line per fault with the
@@ -472,17 +493,19 @@ std::string GameName(const ::testing::TestParamInfo<Game>& info) {
 class KilledBeforeEveryCall : public ::testing::TestWithParam<Case> {};
 
 // A run stopped before its k-th change of a file, for every k; then Optimize and Restore as a
-// user would run them next. Everything must be as it was before the first run.
+// user would run them next. Where it stopped, no file may be half-changed; at the end,
+// everything must be as it was before the first run.
 TEST_P(KilledBeforeEveryCall, OptimizeAndRestoreAfterwardsLeaveEverythingAsAtStart) {
     const Case& c = GetParam();
     World world;
     world.Fresh();
     const Snapshot start = TakeSnapshot(world.root());
+    Snapshot before = start;  // the state the interrupted run starts from
     if (c.command == Command::Restore) {
         Outcome optimized = world.Optera(Command::Optimize, c.game);
         ASSERT_EQ(optimized.code, 0) << optimized.Describe();
-        ASSERT_NE(Differences(start, TakeSnapshot(world.root())).find(c.game.changed),
-                  std::string::npos)
+        before = TakeSnapshot(world.root());
+        ASSERT_NE(Differences(start, before).find(c.game.changed), std::string::npos)
             << "the snapshots do not see what Optimize changes";
         world.KeepAsStart();
     }
@@ -491,8 +514,9 @@ TEST_P(KilledBeforeEveryCall, OptimizeAndRestoreAfterwardsLeaveEverythingAsAtSta
     const std::string log = ReadFile(world.logFile());
     ASSERT_EQ(counted.code, 0) << counted.Describe();
     ASSERT_GT(points, 0) << "the preloaded library saw no call: " << counted.Describe();
+    const Snapshot after = TakeSnapshot(world.root());  // what a whole run leaves
     if (c.command == Command::Restore) {
-        ASSERT_EQ(Differences(start, TakeSnapshot(world.root())), "") << "a clean Restore";
+        ASSERT_EQ(Differences(start, after), "") << "a clean Restore";
     }
     std::cout << "[ points   ] " << c.game.name << " " << CommandName(c.command) << ": " << points
               << " interruption points\n";
@@ -506,9 +530,10 @@ TEST_P(KilledBeforeEveryCall, OptimizeAndRestoreAfterwardsLeaveEverythingAsAtSta
         ASSERT_EQ(killed.signal, SIGKILL)
             << "point " << k << " was not reached: the runs are not repeatable\n"
             << killed.Describe();
+        Verdict verdict;
+        verdict.EachWhole(before, after, TakeSnapshot(world.root()));
         Outcome again = world.Optera(Command::Optimize, c.game);
         Outcome restored = world.Optera(Command::Restore, c.game);
-        Verdict verdict;
         verdict.Finished("Optimize again", again);
         verdict.Finished("Restore", restored);
         verdict.SameAsStart("Optimize and Restore", start, TakeSnapshot(world.root()));
