@@ -76,9 +76,14 @@ void Optimizer::CreateDesktopShortcut() {
     link.Arguments = game.ShortcutParameters;
     link.Description = "Kelvan created " + linkName + " link file";
     link.WindowStyle = 1;
-    if (!services_.machine.shortcuts.Create(linkName, link))
+    if (!services_.machine.shortcuts.Create(linkName, link)) {
         prompts.ShowMessage({"", "Unable to create desktop shortcut!", platform::MessageButtons::Ok,
                              platform::MessageIcon::None});
+        // The run's report names it too, so that the run does not end as a whole success.
+        const std::string reason = services_.machine.shortcuts.LastError();
+        report_.Add("The desktop shortcut '" + linkName + "'",
+                    "it could not be made" + (reason.empty() ? std::string() : ": " + reason));
+    }
 }
 
 }  // namespace optera::optimizer

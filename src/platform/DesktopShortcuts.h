@@ -25,6 +25,8 @@ class DesktopShortcuts {
     virtual ~DesktopShortcuts() = default;
     // Makes the shortcut, or replaces one of that name, on the current user's desktop.
     virtual bool Create(std::string_view linkName, const ShellLink& link) = 0;
+    // Why the last Create failed, in plain words for the user; "" when it cannot be told.
+    virtual std::string LastError() const { return {}; }
     // Removes the user's shortcut of that name, if there is one.
     virtual void Remove(std::string_view linkName) = 0;
 };

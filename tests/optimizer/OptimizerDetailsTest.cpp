@@ -104,6 +104,17 @@ TEST_F(Details, AShortcutThatCannotBeMadeIsReported) {
     fake.shortcuts.failCreate = false;
     optimizer.CreateDesktopShortcut();
     EXPECT_EQ(fake.shortcuts.links["Big Game Widescape"].Arguments, "-wide");
+
+    // In a whole run, the report at its end names the shortcut and why it is missing.
+    fake.shortcuts.failCreate = true;
+    prompts.shown.clear();
+    Optimize();
+    ASSERT_FALSE(prompts.shown.empty());
+    EXPECT_NE(
+        prompts.shown.back().text.find(
+            "The desktop shortcut 'Big Game Widescape': it could not be made: the disk is full"),
+        std::string::npos)
+        << prompts.shown.back().text;
 }
 
 }  // namespace

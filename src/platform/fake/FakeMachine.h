@@ -22,13 +22,15 @@ class FakeSpecialFolders : public SpecialFolders {
     std::optional<std::string> Path(int id) const override;
 };
 
-// Shortcuts kept by name; Create fails while `failCreate` is set.
+// Shortcuts kept by name; Create fails while `failCreate` is set, saying `failure`.
 class FakeDesktopShortcuts : public DesktopShortcuts {
   public:
     std::map<std::string, ShellLink, text::LessNoCase> links;
     bool failCreate = false;
+    std::string failure = "the disk is full";
     bool Create(std::string_view linkName, const ShellLink& link) override;
     void Remove(std::string_view linkName) override;
+    std::string LastError() const override { return failCreate ? failure : std::string(); }
 };
 
 class FakeUserSettings : public UserSettings {

@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "platform/wine/HostFiles.h"
+#include "platform/wine/HostReplace.h"
 #include "text/CodePage.h"
 #include "text/NoCase.h"
 
@@ -157,13 +158,25 @@ std::optional<std::string> WineDesktopShortcuts::LauncherText(std::string_view l
 }
 
 bool WineDesktopShortcuts::Create(std::string_view linkName, const ShellLink& link) {
+    lastError_.clear();
     auto text = LauncherText(linkName, link);
-    if (!text) return false;
+    if (!text) {
+        lastError_ = "the game's program is on no drive of the prefix";
+        return false;
+    }
     fs::path file = LauncherPath(linkName);
     std::error_code ignored;
     fs::create_directories(file.parent_path(), ignored);
-    // Desktops start only launchers that are marked executable.
-    return ReplaceHostFile(file, *text, 0755);
+    int error = 0;
+    if (auto real = ResolveTrustedLink(file, error)) {
+        HostReplacement how;
+        how.tempName = TempNameFor(*real);
+        how.fill = [&text](int fd) { return WriteFully(fd, *text); };
+        how.mode = 0755;  // desktops start only launchers that are marked executable
+        error = ReplaceHostEntry(*real, how);
+    }
+    lastError_ = ErrorText(error);
+    return error == 0;
 }
 
 void WineDesktopShortcuts::Remove(std::string_view linkName) {

@@ -20,6 +20,7 @@ class WineDesktopShortcuts : public DesktopShortcuts {
 
     bool Create(std::string_view linkName, const ShellLink& link) override;
     void Remove(std::string_view linkName) override;
+    std::string LastError() const override { return lastError_; }
 
     // $XDG_DESKTOP_DIR, else the desktop entry of the user's user-dirs.dirs, else ~/Desktop.
     std::filesystem::path DesktopFolder() const;
@@ -31,6 +32,7 @@ class WineDesktopShortcuts : public DesktopShortcuts {
   private:
     const WineFileSystem& files_;
     EnvironmentVariables host_;
+    std::string lastError_;
 };
 
 // The words of a Windows command line, split as programs split theirs: blanks separate words
