@@ -6,8 +6,7 @@
 namespace optera::optimizer {
 
 namespace {
-// The temporary the new content is written to, beside the file.
-constexpr std::string_view kTempName = "Mod_Cfg.tmp";
+constexpr std::string_view kTempName = kEditTempName;
 namespace attr = platform::attr;
 }  // namespace
 

@@ -12,6 +12,9 @@
 
 namespace optera::optimizer {
 
+// The temporary a file's new content is written to, beside the file.
+inline constexpr std::string_view kEditTempName = "Mod_Cfg.tmp";
+
 class BufferedFile : public platform::FileSystem {
   public:
     BufferedFile(platform::FileSystem& files, std::string_view path);

@@ -4,6 +4,7 @@
 
 #include "discovery/GameStatus.h"
 #include "mainwindow/model/GameMessage.h"
+#include "optimizer/BufferedFile.h"
 #include "optimizer/ConfigFileEdit.h"
 #include "optimizer/RegistryModifications.h"
 #include "platform/WindowsPath.h"
@@ -76,6 +77,7 @@ void Optimizer::RunOptimization() {
     if (!CheckRegistryWritable()) return;
     platform::FileSystem& files = services_.machine.files;
 
+    RemoveStrayTemporaries();
     EditConfigFiles();
 
     if (HasRegistryLines(Game())) SyncRegistry(false);
@@ -111,6 +113,32 @@ bool Optimizer::Reported(std::string_view path) const {
     for (const Shortfall& item : report_.items())
         if (text::EqualsNoCase(item.what, path)) return true;
     return false;
+}
+
+void Optimizer::RemoveStrayTemporaries() {
+    constexpr std::string_view kNewSuffix = ".optera-new";  // the file layer's temporaries
+    std::vector<std::string> names{RecipePath() + std::string(kNewSuffix)};
+    for (const recipes::CfgEntry& entry : Game().CfgFiles) {
+        if (entry.Path.empty()) continue;
+        names.push_back(platform::JoinPath(platform::ParentOf(entry.Path), kEditTempName));
+        names.push_back(entry.Path + std::string(kNewSuffix));
+        names.push_back(discovery::BackupPathOf(entry.Path) + std::string(kNewSuffix));
+    }
+    if (recipes::HasLines(Game().Registry)) {
+        const std::string folder = RegistryBackupFolder(Game().GameLoc, Game().UserLoc);
+        for (std::size_t n = 0; n < Game().Registry.size(); ++n)
+            names.push_back(platform::JoinPath(folder, BackupFileName(Game().Name, n)) +
+                            std::string(kNewSuffix));
+        const std::string empty = services_.machine.environment.Get("SystemDrive") + "\\" +
+                                  std::string(kEmptyRegFileName);
+        names.push_back(empty);
+        names.push_back(empty + std::string(kNewSuffix));
+    }
+    platform::FileSystem& files = services_.machine.files;
+    for (const std::string& name : names) {
+        auto attributes = files.Attributes(name);
+        if (attributes && !(*attributes & platform::attr::Directory)) files.Remove(name);
+    }
 }
 
 void Optimizer::EditConfigFiles() {
@@ -159,6 +187,8 @@ void Optimizer::RestoreOriginals() {
          platform::MessageButtons::YesNo, platform::MessageIcon::Question});
     if (answer != platform::MessageAnswer::Yes) return;
 
+    // After a run that was stopped, only Restore may be offered: it must leave nothing behind.
+    RemoveStrayTemporaries();
     const CopyOwners owners = OwnersOfCopies(Game().CfgFiles);
     for (const recipes::CfgEntry& entry : Game().CfgFiles) {
         if (entry.Path.empty()) continue;

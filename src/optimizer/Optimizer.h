@@ -69,6 +69,9 @@ class Optimizer {
     const recipes::GameRecord& Game() const { return recipes_.CurrentGame; }
     std::string RecipePath() const;
     void SyncRegistry(bool restore);
+    // Removes what a run that was stopped may have left beside the game's files, copies,
+    // registry backups and recipe: temporaries by this program's own names.
+    void RemoveStrayTemporaries();
     // Copies each configuration file that has no original yet, then edits it.
     void EditConfigFiles();
     // Whether the report of this run names the file.

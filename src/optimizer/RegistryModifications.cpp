@@ -14,7 +14,7 @@ namespace {
 constexpr int kWriteAttempts = 11;
 constexpr std::chrono::milliseconds kRetryPause{50};
 constexpr std::string_view kCrLf = "\r\n";
-constexpr std::string_view kEmptyRegFile = "tmpReg.reg";
+constexpr std::string_view kEmptyRegFile = kEmptyRegFileName;
 
 // The view the values are written in, for their backups.
 platform::REGSAM ViewOf(const RegistryServices& services) {

@@ -18,6 +18,9 @@
 
 namespace optera::optimizer {
 
+// The empty registry file loaded after values are written, on the system drive's root.
+inline constexpr std::string_view kEmptyRegFileName = "tmpReg.reg";
+
 struct RegistryEntry {
     std::string Key;   // full key path, the unknown component resolved
     std::string Name;  // value name

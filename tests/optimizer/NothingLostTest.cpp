@@ -272,4 +272,20 @@ TEST(NothingLost, AKilledRunThenAnotherRunThenRestoreGivesEveryFileBack) {
     RecordProperty("restore_interruption_points", points);
 }
 
+// After a run that was stopped the window offers only Restore, so Restore removes the
+// temporaries such a run leaves (a folder of such a name is not one).
+TEST(NothingLost, RestoreRemovesWhatAStoppedRunLeft) {
+    Bench bench;
+    const Files start = bench.Snapshot();
+    bench.Optimize();
+    for (const char* stray :
+         {"C:\\Game\\Mod_Cfg.tmp", "C:\\Game\\video.ini.optera-new",
+          "C:\\Game\\ui.original.optera-new", "C:\\Optera\\MODS\\Game.txt.optera-new"})
+        bench.fake.files.PutFile(stray, "");
+    bench.fake.files.CreateFolder("C:\\Game\\input.original.optera-new");
+    bench.Restore();
+    EXPECT_EQ(bench.Snapshot(), start);
+    EXPECT_TRUE(platform::FolderExists(bench.fake.files, "C:\\Game\\input.original.optera-new"));
+}
+
 }  // namespace

@@ -181,7 +181,11 @@ bool WineDesktopShortcuts::Create(std::string_view linkName, const ShellLink& li
 
 void WineDesktopShortcuts::Remove(std::string_view linkName) {
     std::error_code ignored;
-    fs::remove(LauncherPath(linkName), ignored);
+    const fs::path file = LauncherPath(linkName);
+    fs::remove(file, ignored);
+    // With it goes the temporary that a run stopped while making it left.
+    const fs::path temp = file.parent_path() / TempNameFor(file);
+    if (!fs::is_directory(fs::symlink_status(temp, ignored))) fs::remove(temp, ignored);
 }
 
 }  // namespace optera::platform

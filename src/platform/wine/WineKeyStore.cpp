@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "platform/wine/HostFiles.h"
+#include "platform/wine/HostReplace.h"
 #include "platform/wine/WineRegText.h"
 #include "platform/wine/WineServerLock.h"
 
@@ -201,6 +202,7 @@ class WineKeyStore::WriteLock {
             lock_.emplace(store.prefix_);
             why = lock_->failure();
         }
+        if (why.empty()) store.RemoveStrayTemporaries();
         code_ = why.empty() ? regerror::Success : store.Refuse(why);
         store.BeginCall();
     }
@@ -218,6 +220,15 @@ WineKeyStore::WineKeyStore(fs::path prefix) : prefix_(std::move(prefix)), files_
 }
 
 WineKeyStore::~WineKeyStore() = default;
+
+void WineKeyStore::RemoveStrayTemporaries() const {
+    for (const auto& hive : hives_) {
+        const fs::path temp = hive->path().parent_path() / TempNameFor(hive->path());
+        struct stat st;
+        // A link of that name goes, never what it leads to; a folder is not ours.
+        if (::lstat(temp.c_str(), &st) == 0 && !S_ISDIR(st.st_mode)) ::unlink(temp.c_str());
+    }
+}
 
 // Each call reads a file at most once, so that keys found early in the call stay valid.
 void WineKeyStore::BeginCall() const {

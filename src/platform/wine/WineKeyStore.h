@@ -102,6 +102,10 @@ class WineKeyStore : public KeyStore {
     std::string WhyNotWritable() const override;
 
   private:
+    // Removes the temporaries that a run stopped while saving a hive left beside it; called
+    // with the wineserver's lock held, when no other writer can own them.
+    void RemoveStrayTemporaries() const;
+
     struct Spot;
     struct Walked;
     struct Handle {
