@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -53,9 +54,11 @@ class OptimizeRestore : public optera::testing::WinePrefixTest {
             "user.reg",
             "WINE REGISTRY Version 2\n;; All keys relative to \\\\User\\\\S-1-5-21-0-0-0-1000"
             "\n\n#arch=win64\n\n[Software\\\\Sample] 1700000000\n\"Width\"=dword:00000400\n");
-        temp.Write("drive_c/Games/Sample/Bin/video.ini", kVideo);
+        // The recipe names these in other cases, and its pattern must pass over the notes.
+        temp.Write("drive_c/Games/Sample/Bin/VIDEO.INI", kVideo);
         temp.Write("drive_c/Games/Sample/Saves/one.cfg", kSave);
-        temp.Write("drive_c/Games/Sample/Saves/two.cfg", kSave);
+        temp.Write("drive_c/Games/Sample/Saves/TWO.CFG", kSave);
+        temp.Write("drive_c/Games/Sample/Saves/notes.txt", "");
         temp.Write("program/MODS/Sample.txt", kRecipe);
 
         gui.GameList().AddItem("Sample").Selected = true;
@@ -86,8 +89,18 @@ class OptimizeRestore : public optera::testing::WinePrefixTest {
         SelectGame();
     }
 
+    // Files on C: are read as the game sees them, whatever their case on disk.
+    static std::string OnC(std::string relative) {
+        std::replace(relative.begin(), relative.end(), '/', '\\');
+        return "C:" + relative.substr(std::string("drive_c").size());
+    }
     std::string Read(const std::string& relative) {
+        if (relative.starts_with("drive_c/"))
+            return wine.files().ReadAll(OnC(relative)).value_or("(missing)");
         return platform::ReadHostFile(prefix() / relative).value_or("(missing)");
+    }
+    bool Exists(const std::string& relative) {
+        return platform::FileExists(wine.files(), OnC(relative));
     }
     std::int32_t Width() {
         return registry.GetDWordValue("HKEY_CURRENT_USER\\Software\\Sample", "Width").AsInt();
@@ -126,11 +139,13 @@ TEST_F(OptimizeRestore, OptimizeTwiceThenRestoreGivesEverythingBack) {
                   "a\r\nb\r\nfov 90\r\n");
         EXPECT_EQ(Read("drive_c/Games/Sample/Saves/" + std::string(save) + ".original"), kSave);
     }
+    EXPECT_EQ(Read("drive_c/Games/Sample/Saves/notes.txt"), "");
+    EXPECT_FALSE(Exists("drive_c/Games/Sample/Saves/notes.original"));
     EXPECT_EQ(Width(), 3840);
     EXPECT_EQ(Read(kBackup), Utf16("Windows Registry Editor Version 5.00\r\n\r\n"
                                    "[HKEY_CURRENT_USER\\Software\\Sample]\r\n"
                                    "\"Width\"=dword:00000400\r\n\r\n"));
-    EXPECT_FALSE(fs::exists(prefix() / "drive_c/tmpReg.reg"));
+    EXPECT_FALSE(Exists("drive_c/tmpReg.reg"));
     EXPECT_NE(Read(Launcher().lexically_relative(prefix())).find(" -w 3840 -h 1024\n"),
               std::string::npos);
     EXPECT_EQ(profile.GetIniStringValue(reader.RecipePathOf("Sample"), "GAMERES", "RES"),
@@ -168,9 +183,9 @@ TEST_F(OptimizeRestore, OptimizeTwiceThenRestoreGivesEverythingBack) {
     EXPECT_EQ(Read("drive_c/Games/Sample/Saves/one.cfg"), kSave);
     EXPECT_EQ(Read("drive_c/Games/Sample/Saves/two.cfg"), kSave);
     for (const char* copy : {"Bin/video.original", "Saves/one.original", "Saves/two.original"})
-        EXPECT_FALSE(fs::exists(prefix() / "drive_c/Games/Sample" / copy)) << copy;
+        EXPECT_FALSE(Exists(std::string("drive_c/Games/Sample/") + copy)) << copy;
     EXPECT_EQ(Width(), 1024);
-    EXPECT_FALSE(fs::exists(prefix() / kBackup));
+    EXPECT_FALSE(Exists(kBackup));
     EXPECT_FALSE(fs::exists(Launcher()));
     EXPECT_EQ(profile.GetIniStringValue(reader.RecipePathOf("Sample"), "GAMERES", "RES"),
               "1024x768");
@@ -187,7 +202,7 @@ TEST_F(OptimizeRestore, NothingHappensWithoutAYes) {
     prompts.Answer(MessageAnswer::No);
     optimizer.RestoreOriginals();
     EXPECT_EQ(Read("drive_c/Games/Sample/Bin/video.ini"), kVideo);
-    EXPECT_FALSE(fs::exists(prefix() / "drive_c/Games/Sample/Bin/video.original"));
+    EXPECT_FALSE(Exists("drive_c/Games/Sample/Bin/video.original"));
     EXPECT_EQ(Width(), 1024);
     EXPECT_FALSE(fs::exists(Launcher()));
     EXPECT_EQ(profile.GetIniStringValue(reader.RecipePathOf("Sample"), "GAMERES", "RES"),
@@ -200,8 +215,8 @@ void OptimizeRestore::OptimizeWhileWineRuns() {
     const std::string userReg = Read("user.reg");
     Optimize();
     EXPECT_EQ(Read("drive_c/Games/Sample/Bin/video.ini"), kVideo);
-    EXPECT_FALSE(fs::exists(prefix() / "drive_c/Games/Sample/Bin/video.original"));
-    EXPECT_FALSE(fs::exists(prefix() / kBackup));
+    EXPECT_FALSE(Exists("drive_c/Games/Sample/Bin/video.original"));
+    EXPECT_FALSE(Exists(kBackup));
     EXPECT_FALSE(fs::exists(Launcher()));
     EXPECT_EQ(Read("user.reg"), userReg);
     EXPECT_EQ(profile.GetIniStringValue(reader.RecipePathOf("Sample"), "GAMERES", "RES"),
