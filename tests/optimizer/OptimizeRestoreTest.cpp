@@ -192,19 +192,6 @@ TEST_F(OptimizeRestore, OptimizeTwiceThenRestoreGivesEverythingBack) {
     EXPECT_EQ(prompts.shown[0].icon, platform::MessageIcon::Question);
 }
 
-TEST_F(OptimizeRestore, NothingHappensWithoutAYes) {
-    optimizer.ProceedFlag = false;
-    optimizer.OptimizeAndLockButtons();
-    prompts.Answer(MessageAnswer::No);
-    optimizer.RestoreOriginals();
-    EXPECT_EQ(Read("drive_c/Games/Sample/Bin/video.ini"), kVideo);
-    EXPECT_FALSE(Exists("drive_c/Games/Sample/Bin/video.original"));
-    EXPECT_EQ(Width(), 1024);
-    EXPECT_FALSE(fs::exists(Launcher()));
-    EXPECT_EQ(profile.GetIniStringValue(reader.RecipePathOf("Sample"), "GAMERES", "RES"),
-              "1024x768");
-}
-
 // Optimizes while something holds the prefix's wineserver lock: no file may change, and the one
 // message box must say why.
 void OptimizeRestore::OptimizeWhileWineRuns() {
