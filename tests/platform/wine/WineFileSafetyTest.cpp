@@ -293,25 +293,6 @@ TEST_F(WineFileSafety, WindowsNamesAreCodePageTextAndHostNamesUtf8) {
     EXPECT_TRUE(fs::exists(cafe / "\xc3\xa9t\xc3\xa9.ini")) << "a new spelling in UTF-8";
 }
 
-TEST_F(WineFileSafety, LaunchersAndTheProfileNameAreUtf8OnTheHost) {
-    const fs::path desk = prefix() / "desk";
-    WineDesktopShortcuts shortcuts(files, {{"XDG_DESKTOP_DIR", desk.string()}});
-    ShellLink link;
-    link.TargetPath = "C:\\Games\\Sample\\Bin\\Sample.EXE";
-    link.Description = "D\xe9mo";
-    link.Arguments = "-titre=\xc9t\xe9";
-    ASSERT_TRUE(shortcuts.Create("Orbital Caf\xe9", link));
-    auto text = ReadHostFile(desk / "Orbital Caf\xc3\xa9.desktop");
-    ASSERT_TRUE(text);
-    for (const char* line :
-         {"Name=Orbital Caf\xc3\xa9\n", "Comment=D\xc3\xa9mo\n", " -titre=\xc3\x89t\xc3\xa9\n"})
-        EXPECT_NE(text->find(line), std::string::npos) << line;
-
-    fs::remove_all(driveC() / "users/alice");
-    temp.Write("drive_c/users/Jos\xc3\xa9/Documents/.keep", "");
-    EXPECT_EQ(PrefixUserName(prefix(), {}), "Jos\xe9");
-}
-
 TEST_F(WineFileSafety, HiveSavesAndLaunchersDoNotWriteThroughPlantedTemporaries) {
     temp.Write("user.reg",
                "WINE REGISTRY Version 2\n;; All keys relative to \\\\User\\\\S-1-5-21\n"
