@@ -150,9 +150,11 @@ TEST_F(Cli, OptimizeAndRestoreAGame) {
     Ran details = Optera("details 'Sample Racer' --resolution 3840x1024");
     EXPECT_NE(details.out.find("\r\nDisplay,Width=3840\r\n"), std::string::npos) << details.out;
 
+    auto before = Snapshot();
     Ran no = Optera("--no optimize 'Sample Racer' --resolution 3840x1024");
     EXPECT_EQ(no.code, 1);
-    EXPECT_EQ(ReadFile(game("Sample Racer/bin/video.ini")), video);
+    EXPECT_EQ(ChangedSince(before), std::vector<std::string>{})
+        << "an answer of No changes nothing";
 
     const fs::path transcript = temp.path() / "boxes.jsonl";
     Ran yes = Optera("--yes --transcript " + Quote(transcript.string()) +
@@ -172,7 +174,9 @@ TEST_F(Cli, OptimizeAndRestoreAGame) {
     EXPECT_EQ(box["answer"], "yes");
     EXPECT_NE(yes.err.find("Desktop Shortcut Icon: PLEASE NOTE:"), std::string::npos);
 
+    before = Snapshot();
     EXPECT_EQ(Optera("restore 'Sample Racer'").code, 1) << "no terminal: the answer is No";
+    EXPECT_EQ(ChangedSince(before), std::vector<std::string>{});
     Ran restore = Optera("--yes restore 'Sample Racer'");
     EXPECT_EQ(restore.code, 0);
     EXPECT_EQ(restore.out, "Game not optimized yet\n");

@@ -2,12 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "NoDialogs.h"
 #include "mainwindow/Dialogs.h"
-#include "mainwindow/MainWindowLogic.h"
-#include "platform/fake/FakeMachine.h"
-#include "platform/fake/ScriptedPrompts.h"
 #include "recipes/BlankRecipe.h"
+#include "support/FakeWindow.h"
 #include "text/Split.h"
 
 using namespace optera;
@@ -64,8 +61,6 @@ TEST(Report, ShowsOnlyWhatWillBeDone) {
     EXPECT_EQ(mainwindow::BuildReport("Other", game, {""}), std::nullopt);
 }
 
-using optera::testing::NoDialogs;
-
 TEST(BlankRecipe, IsWrittenAnewReadOnlyAndOpened) {
     const std::string text = recipes::BlankRecipeText("3840x1024", {"3840x1024", "5120x1024"});
     std::vector<std::string> lines = text::Split(text, "\r\n");
@@ -80,7 +75,8 @@ TEST(BlankRecipe, IsWrittenAnewReadOnlyAndOpened) {
     EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()),
               (std::vector<std::string>{"[RESDEPENDENT.1]", "3840x1024=", "5120x1024="}));
 
-    platform::FakeMachine fake;
+    optera::testing::FakeWindow window;
+    auto& [fake, prompts, profile, registry, regFiles, gui, dialogs, logic] = window;
     fake.environment.variables["windir"] = "C:\\windows";
     fake.files.PutFile("C:\\Optera\\MODS\\_BLANK.txt", "old");
     fake.files.SetAttributes("C:\\Optera\\MODS\\_BLANK.txt", platform::attr::ReadOnly);
@@ -88,15 +84,7 @@ TEST(BlankRecipe, IsWrittenAnewReadOnlyAndOpened) {
                        "[GAMEINFO]\r\nUSERLOC=C:\\Game\\game.exe\r\nGAMEEXE=game.exe\r\n");
     fake.files.PutFile("C:\\Game\\game.exe", "MZ");
     fake.shell.failOpen = true;
-    platform::ScriptedPrompts prompts;
-    services::cPrivateProfile profile{fake.files};
-    services::cRegistry registry{fake.registry, prompts};
-    optimizer::KeyStoreRegistryFiles regFiles{fake.registry, fake.files};
-    mainwindow::MainWindow gui;
     gui.ShowAllGames = true;
-    NoDialogs dialogs;
-    mainwindow::MainWindowLogic logic{
-        {fake.machine(), profile, registry, prompts, regFiles, "C:\\Optera"}, gui, dialogs};
     gui.DefaultResolution = "3840x1024";
     gui.Resolutions = {"3840x1024", "5120x1024"};
     logic.NewBlankRecipe();

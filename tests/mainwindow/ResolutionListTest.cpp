@@ -3,10 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "NoDialogs.h"
-#include "mainwindow/MainWindowLogic.h"
-#include "platform/fake/FakeMachine.h"
-#include "platform/fake/ScriptedPrompts.h"
+#include "support/FakeWindow.h"
 
 using namespace optera;
 using platform::DisplayMode;
@@ -15,9 +12,7 @@ namespace {
 
 using Rows_ = std::vector<std::string>;
 
-using optera::testing::NoDialogs;
-
-class ResolutionList : public ::testing::Test {
+class ResolutionList : public ::testing::Test, public optera::testing::FakeWindow {
   protected:
     ResolutionList() {
         for (auto [w, h] : {std::pair{1280, 1024}, {1920, 1080}, {3840, 1024}, {5760, 1080}})
@@ -34,16 +29,6 @@ class ResolutionList : public ::testing::Test {
             rows.push_back(row.Selected ? "[" + row.Text + "]" : row.Text);
         return rows;
     }
-
-    platform::FakeMachine fake;
-    platform::ScriptedPrompts prompts;
-    services::cPrivateProfile profile{fake.files};
-    services::cRegistry registry{fake.registry, prompts};
-    optimizer::KeyStoreRegistryFiles regFiles{fake.registry, fake.files};
-    mainwindow::MainWindow gui;
-    NoDialogs dialogs;
-    mainwindow::MainWindowLogic logic{
-        {fake.machine(), profile, registry, prompts, regFiles, "C:\\Optera"}, gui, dialogs};
 };
 
 constexpr char kCandidates[] =

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
-
 #include "platform/fake/FakeFileSystem.h"
 
 using namespace optera::platform;
@@ -61,33 +59,4 @@ TEST(FakeFileSystem, ReadsAndWritesFailWhereATestSaysAndTellWhy) {
     EXPECT_EQ(files.ReadAll("C:\\cfg\\game.ini"), "old");
     EXPECT_EQ(FindNames(files, "C:\\cfg\\*", true),
               (std::vector<std::string>{"game.ini", "locked.ini"}));
-}
-
-TEST(FakeFileSystem, RefusesWhatTheWineFileSystemRefusesWithTheSameReasons) {
-    FakeFileSystem files;
-    files.PutFile("C:\\cfg\\game.ini", "old");
-    files.PutFile("C:\\cfg\\b.ini", "b");
-    files.PutFile("C:\\cfg\\Sub\\c.ini", "c");
-    ASSERT_TRUE(files.SetAttributes("C:\\cfg\\game.ini", attr::ReadOnly));
-    struct Row {
-        const char* reason;
-        std::function<bool()> call;
-    };
-    const Row rows[] = {
-        {"the file is read-only", [&] { return files.WriteAll("C:\\cfg\\game.ini", "x"); }},
-        {"the file is read-only",
-         [&] { return files.Rename("C:\\cfg\\b.ini", "C:\\cfg\\game.ini"); }},
-        {"the file is read-only",
-         [&] { return files.Copy("C:\\cfg\\b.ini", "C:\\cfg\\game.ini"); }},
-        {"the file or folder does not exist",
-         [&] { return files.ReadAll("C:\\cfg\\none.ini").has_value(); }},
-        {"it is a folder", [&] { return files.Copy("C:\\cfg\\b.ini", "C:\\cfg\\Sub"); }},
-        {"the folder is not empty", [&] { return files.Remove("C:\\cfg\\Sub"); }},
-    };
-    for (const Row& row : rows) {
-        EXPECT_FALSE(row.call()) << row.reason;
-        EXPECT_EQ(files.LastError(), row.reason);
-    }
-    EXPECT_EQ(files.ReadAll("C:\\cfg\\game.ini"), "old");
-    EXPECT_EQ(files.ReadAll("C:\\cfg\\b.ini"), "b");
 }

@@ -23,23 +23,25 @@ class Launcher : public optera::testing::WinePrefixTest {
         link.TargetPath = "C:\\Games\\Sample\\Bin\\Sample.EXE";
         link.WorkingDirectory = "C:\\Games\\Sample\\Bin\\";
         link.IconLocation = link.TargetPath;
-        link.Arguments = "-w 3840 \"-name=Big $Screen\" C:\\saves\\ 100%";
-        link.Description = "Kelvan created Sample Widescape link file";
+        link.Arguments = "-w 3840 \"-name=Big $Screen\" C:\\saves\\ 100% -titre=\xc9t\xe9";
+        link.Description = "Kelvan created Sample Widescape link file, d\xe9mo";
         return link;
     }
 };
 
+// Its text is UTF-8 on the host, the program's text being in the code page.
 TEST_F(Launcher, StartsTheGameWithWineInItsPrefix) {
     WineDesktopShortcuts shortcuts(files, host);
-    ASSERT_TRUE(shortcuts.Create("Sample Widescape", SampleLink()));
-    fs::path file = prefix() / "desk" / "Sample Widescape.desktop";
+    ASSERT_TRUE(shortcuts.Create("Sample Caf\xe9", SampleLink()));
+    fs::path file = prefix() / "desk" / "Sample Caf\xc3\xa9.desktop";
     const std::string p = prefix().string();
     EXPECT_EQ(ReadHostFile(file),
-              "[Desktop Entry]\nType=Application\nName=Sample Widescape\n"
-              "Comment=Kelvan created Sample Widescape link file\n"
+              "[Desktop Entry]\nType=Application\nName=Sample Caf\xc3\xa9\n"
+              "Comment=Kelvan created Sample Widescape link file, d\xc3\xa9mo\n"
               "Exec=env WINEPREFIX=" +
                   p + " wine " + p + "/drive_c/Games/Sample/Bin/Sample.EXE" +
-                  " -w 3840 \"-name=Big \\\\$Screen\" \"C:\\\\\\\\saves\\\\\\\\\" 100%%\n"
+                  " -w 3840 \"-name=Big \\\\$Screen\" \"C:\\\\\\\\saves\\\\\\\\\" 100%% "
+                  "-titre=\xc3\x89t\xc3\xa9\n"
                   "Path=" +
                   p +
                   "/drive_c/Games/Sample/Bin\n"

@@ -73,6 +73,7 @@ TEST_F(WineEnvironmentTest, FindsTheUserAndTheWidthOfThePrefix) {
          "bob",
          true},
         {"", {{"LOGNAME", "carol"}}, nullptr, true, "carol", true},
+        {"Jos\xc3\xa9", {}, nullptr, true, "Jos\xe9", true},  // UTF-8 on the host
         {"", {}, "WINE REGISTRY Version 2\n[Software] 1\n#arch=win64\n", false, "user", false},
     };
     for (const Row& row : rows) {

@@ -73,17 +73,26 @@ TEST_F(WineFileSystemTest, MapsWindowsPathsToTheHostAndBack) {
     EXPECT_EQ(files.ToHostPath("\\Games"), std::nullopt);
 }
 
+// Drives come from drive links only; those the prefix marks as CD-ROM are CD-ROMs.
 TEST_F(WineFileSystemTest, DrivesComeFromDriveLinksOnly) {
-    fs::create_symlink("/nonexistent-optera-target", devices() / "d:");
-    fs::create_symlink("/dev/null", devices() / "e:");
+    temp.Write("system.reg",
+               "WINE REGISTRY Version 2\n;; All keys relative to \\\\Machine\n\n#arch=win64\n\n"
+               "[Software\\\\Wine\\\\Drives] 1700000000\n\"d:\"=\"cdrom\"\n\"e:\"=\"hd\"\n");
+    fs::create_directories(prefix() / "disc");
+    fs::create_symlink("../disc", devices() / "d:");
+    fs::create_symlink("../disc", devices() / "e:");
+    fs::create_symlink("/nonexistent-optera-target", devices() / "f:");
+    fs::create_symlink("/dev/null", devices() / "g:");
     fs::create_symlink("/dev/ttyS0", devices() / "com1");
     fs::create_symlink("/", devices() / "c::");
     WineFileSystem withMore(prefix());
     std::vector<std::pair<std::string, DriveType>> drives;
     for (const DriveInfo& drive : withMore.Drives()) drives.emplace_back(drive.root, drive.type);
     EXPECT_EQ(drives, (std::vector<std::pair<std::string, DriveType>>{{"C:\\", DriveType::Fixed},
-                                                                      {"D:\\", DriveType::Unknown},
-                                                                      {"E:\\", DriveType::Unknown},
+                                                                      {"D:\\", DriveType::CdRom},
+                                                                      {"E:\\", DriveType::Fixed},
+                                                                      {"F:\\", DriveType::Unknown},
+                                                                      {"G:\\", DriveType::Unknown},
                                                                       {"Z:\\", DriveType::Fixed}}));
 }
 
@@ -125,8 +134,13 @@ TEST_F(WineFileSystemTest, RenameAndCopyReplaceTheTarget) {
     EXPECT_FALSE(files.Copy("C:\\Games\\c.txt", "C:\\games\\C.TXT"));  // onto itself
     EXPECT_EQ(temp.Read("drive_c/Games/c.txt"), "A");
 
+    struct stat moved {};
+    ::stat((driveC() / "Games/a.txt").c_str(), &moved);
     ASSERT_TRUE(files.Rename("C:\\Games\\a.txt", "C:\\GAMES\\B.TXT"));
     EXPECT_EQ(temp.Read("drive_c/Games/b.txt"), "A");
+    struct stat now {};
+    ::stat((driveC() / "Games/b.txt").c_str(), &now);
+    EXPECT_EQ(now.st_ino, moved.st_ino) << "the file itself took the target's place, in one step";
     EXPECT_FALSE(fs::exists(driveC() / "Games/a.txt"));
     ASSERT_TRUE(files.Rename("C:\\Games\\b.txt", "C:\\Games\\B.txt"));  // a new spelling
     auto names = Names("C:\\Games");

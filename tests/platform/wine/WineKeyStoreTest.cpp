@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "HivePrefix.h"
+#include "platform/fake/FakeKeyStore.h"
 #include "platform/wine/WineKeyStore.h"
 #include "platform/wine/WineServerLock.h"
 
@@ -166,7 +167,9 @@ TEST_F(WineKeyStoreTest, TextCrossesInTheCodePage) {
     EXPECT_EQ(ReadText(again, hkey::CurrentUser, "Text", "\xc9T\xc9"), "\x80\x9f");
 }
 
-TEST_F(WineKeyStoreTest, ReturnCodesAreThoseOfWindows) {
+// The codes callers rely on, asked of a store holding Software\\Vendor\\Game (a single value
+// Path = "C:\\Games\\64") in the 64-bit view below Software, its only top key.
+void ExpectWindowsReturnCodes(KeyStore& store) {
     HKEY key = 0;
     EXPECT_EQ(store.RegOpenKeyExA(hkey::LocalMachine, "Software\\Nope", 0, 0, &key), 2);
     EXPECT_EQ(store.RegOpenKeyExA(hkey::LocalMachine, "\\Software", 0, 0, &key), 161);
@@ -188,10 +191,25 @@ TEST_F(WineKeyStoreTest, ReturnCodesAreThoseOfWindows) {
               234);  // "Software" does not fit
     const std::uint8_t data[] = {1};
     EXPECT_EQ(store.RegSetValueExA(key, "x", regtype::Binary, data, 1), 5);  // read-only handle
+    EXPECT_EQ(store.RegDeleteKeyExA(hkey::LocalMachine, "Software\\Vendor", k64, 0), 5);  // subkey
+    EXPECT_EQ(store.RegDeleteKeyA(hkey::LocalMachine, "Software\\Vendor\\Missing"), 2);
+    EXPECT_EQ(store.RegDeleteKeyExA(hkey::LocalMachine, "Software\\Vendor\\Game", k64, 0), 0);
+    EXPECT_EQ(store.RegQueryValueExA(key, "Path", nullptr, nullptr, nullptr), 1018);
     EXPECT_EQ(store.RegCloseKey(key), 0);
     EXPECT_EQ(store.RegCloseKey(key), 6);
-    EXPECT_EQ(store.RegDeleteKeyExA(hkey::LocalMachine, "Software\\Vendor", k64, 0), 5);
-    EXPECT_EQ(store.RegDeleteKeyA(hkey::LocalMachine, "Software\\Vendor\\Missing"), 2);
+}
+
+// The fake that stands in for this store elsewhere gives the same codes.
+TEST_F(WineKeyStoreTest, ReturnCodesAreThoseOfWindowsAndTheFakesAreTheSame) {
+    {
+        SCOPED_TRACE("wine");
+        ExpectWindowsReturnCodes(store);
+    }
+    FakeKeyStore fake(true);
+    fake.PutString(hkey::LocalMachine, "Software\\Vendor\\Game", "Path", "C:\\Games\\64");
+    SCOPED_TRACE("fake");
+    ExpectWindowsReturnCodes(fake);
+    EXPECT_EQ(fake.OpenHandles(), 0u);
 }
 
 TEST_F(WineKeyStoreTest, ChangesLandOnTheResolvedKeyAndNowhereElse) {
