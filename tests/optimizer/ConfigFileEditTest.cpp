@@ -104,44 +104,6 @@ TEST_F(ConfigFileEdit, AFileThatCannotBeReadOrReplacedStaysAsItWas) {
     }
 }
 
-// A kill at any moment of an edit leaves the file as it was or as the whole edit made it, never
-// with some of its lines changed: each file is written once. The kill is the moment from which
-// every write fails.
-TEST_F(ConfigFileEdit, AKillAtAnyMomentLeavesTheFileWholeBeforeOrAfter) {
-    struct Row {
-        const char* name;
-        std::string before;
-        Lines lines;
-    };
-    const Row rows[] = {
-        {"profile",
-         "[Display]\r\nWidth=800\r\nHeight=600\r\n",
-         {"Display,Width=1024", "Display,Height=768", "Video,Depth=32"}},
-        {"XML", "<r><w>800</w><h>600</h></r>", {"//r/w=1024", "//r/h=768"}},
-        {"lines", "w=800\nh=600\n", {"w=1024", "h=768"}},
-    };
-    for (const Row& row : rows) {
-        files.PutFile(path, row.before);
-        optimizer::ModifyConfigFile({files, prompts}, path, row.lines);
-        const std::string after = *files.ReadAll(path);
-        ASSERT_NE(after, row.before) << row.name;
-        bool reachedTheEnd = false;
-        for (int calls = 0; !reachedTheEnd; ++calls) {
-            platform::FakeFileSystem killed;
-            killed.PutFile(path, row.before);
-            int left = calls;
-            killed.FailWritesWhen([&left](std::string_view) { return left-- <= 0; });
-            optimizer::ModifyConfigFile({killed, prompts}, path, row.lines);
-            reachedTheEnd = left >= 0;
-            killed.FailWritesWhen(nullptr);
-            const std::string now = *killed.ReadAll(path);
-            EXPECT_TRUE(now == row.before || now == after)
-                << row.name << ", killed after " << calls << " writes:\n"
-                << now;
-        }
-    }
-}
-
 TEST(ConfigFileEditOnDisk, AReadOnlyFileIsReplacedAndComesOutWritable) {
     optera::testing::TempFolder root;
     std::filesystem::create_directories(root.path() / "dosdevices");
