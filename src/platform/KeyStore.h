@@ -70,6 +70,15 @@ inline bool IsStringType(DWORD type) {
     return type == regtype::Sz || type == regtype::ExpandSz || type == regtype::MultiSz;
 }
 
+// How many bytes of string data the "A" set operation stores: a count that leaves out the
+// terminating NUL gets it back, as Windows does for a caller that counted only the characters.
+// The byte after `length` is read for string types, so such data must be followed by a NUL.
+inline DWORD StoredStringLength(DWORD type, const std::uint8_t* data, DWORD length) {
+    if (IsStringType(type) && data && length > 0 && data[length - 1] != 0 && data[length] == 0)
+        return length + 1;
+    return length;
+}
+
 namespace regdisposition {
 inline constexpr DWORD CreatedNewKey = 1;
 inline constexpr DWORD OpenedExistingKey = 2;
@@ -88,6 +97,7 @@ class KeyStore {
     // small (size out is the size needed). String data comes back with its terminating NUL.
     virtual LONG RegQueryValueExA(HKEY key, std::string_view valueName, DWORD* type,
                                   std::uint8_t* data, DWORD* dataLength) = 0;
+    // String data is counted as StoredStringLength counts it.
     virtual LONG RegSetValueExA(HKEY key, std::string_view valueName, DWORD type,
                                 const std::uint8_t* data, DWORD dataLength) = 0;
     // The index-th subkey's name. *nameLength: buffer size in characters in (terminator

@@ -261,9 +261,11 @@ RegResult cRegistry::WriteValue(std::string_view sKey, std::string_view sKeyName
         store_.RegCloseKey(lKeyHandle);
         return RegResult::Error();
     }
+    // A std::string is followed by a NUL, which the store counts back into a string's data.
+    const std::string data(bytes);
     lReturnCode = store_.RegSetValueExA(lKeyHandle, sKeyName, type,
-                                        reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                        static_cast<DWORD>(bytes.size()));
+                                        reinterpret_cast<const std::uint8_t*>(data.data()),
+                                        static_cast<DWORD>(data.size()));
     if (lReturnCode == regerror::Success) {
         result = RegResult::Bool(true);
     } else {

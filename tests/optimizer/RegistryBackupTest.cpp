@@ -64,8 +64,8 @@ using Stored = platform::FakeKeyStore::StoredValue;
 std::string Sz(std::string_view text) {
     return std::string(text) + '\0';
 }
-const Stored kNarrow{platform::regtype::Sz, "narrow"};
-const Stored kWide{platform::regtype::Sz, "wide"};
+const Stored kNarrow{platform::regtype::Sz, std::string("narrow\0", 7)};
+const Stored kWide{platform::regtype::Sz, std::string("wide\0", 5)};
 const Stored kWidth{platform::regtype::Dword, std::string("\x00\x0f\0\0", 4)};
 
 TEST(RegistryBackups, EveryValueComesBackWhereverTheGameWasFound) {

@@ -140,7 +140,7 @@ TEST(RegistryViews, Use64BitRegCallPicksTheViewOnlyOnA64BitSystem) {
         EXPECT_EQ(reg.SetStringValue(kVendor, "Path", "new", row.use64), kTrue) << row.name;
         std::string written =
             std::string(row.sees) == "wow" ? "Software\\Wow6432Node\\Vendor" : "Software\\Vendor";
-        EXPECT_EQ(store.Value(HKLM, written, "Path")->bytes, "new") << row.name;
+        EXPECT_EQ(store.Value(HKLM, written, "Path")->bytes, std::string("new\0", 4)) << row.name;
         EXPECT_EQ(store.OpenHandles(), 0u) << row.name;
     }
 }
@@ -217,8 +217,9 @@ TEST_F(Registry, WritersNeverCreateKeys) {
         std::optional<FakeKeyStore::StoredValue> stored;  // of Software\Vendor "v" afterwards
     };
     const Row rows[] = {
+        // As Windows does, the text's terminator is counted back in.
         {"string without terminator", [&] { return reg.SetStringValue(kVendor, "v", "ab "); },
-         kTrue, FakeKeyStore::StoredValue{regtype::Sz, "ab "}},
+         kTrue, FakeKeyStore::StoredValue{regtype::Sz, std::string("ab \0", 4)}},
         {"empty string", [&] { return reg.SetStringValue(kVendor, "v", ""); }, kTrue,
          FakeKeyStore::StoredValue{regtype::Sz, ""}},
         {"dword -1", [&] { return reg.SetDWordValue(kVendor, "v", -1); }, kTrue,

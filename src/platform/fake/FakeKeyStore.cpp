@@ -306,7 +306,8 @@ LONG FakeKeyStore::RegSetValueExA(HKEY key, std::string_view valueName, DWORD ty
     if (LONG code = Resolve(key, regaccess::SetValue, found)) return code;
     if (denyWrites_) return regerror::AccessDenied;
     if (data == nullptr && dataLength != 0) return regerror::InvalidParameter;
-    std::string bytes(reinterpret_cast<const char*>(data), dataLength);
+    std::string bytes(reinterpret_cast<const char*>(data),
+                      StoredStringLength(type, data, dataLength));
     if (Key::Entry* entry = found->FindValue(valueName)) {
         entry->value = StoredValue{type, bytes};
     } else {

@@ -450,7 +450,8 @@ LONG WineKeyStore::QueryValue(HKEY key, std::string_view valueName, RegFileValue
 LONG WineKeyStore::RegSetValueExA(HKEY key, std::string_view valueName, DWORD type,
                                   const std::uint8_t* data, DWORD dataLength) {
     if (!data && dataLength) return regerror::InvalidParameter;
-    return SetValue(key, {Utf8FromCodePage(valueName), type, StoredData(type, data, dataLength)});
+    return SetValue(key, {Utf8FromCodePage(valueName), type,
+                          StoredData(type, data, StoredStringLength(type, data, dataLength))});
 }
 
 LONG WineKeyStore::RegSetValueExW(HKEY key, std::u16string_view valueName, DWORD type,

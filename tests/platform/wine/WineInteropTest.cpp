@@ -82,6 +82,8 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
     };
     const Ours ours[] = {
         {"Sz", regtype::Sz, Sz("plain text"), "Sz    REG_SZ    plain text"},
+        // Counted without its NUL, as a program writing a string's characters counts it.
+        {"Counted", regtype::Sz, "1920x1080", "Counted    REG_SZ    1920x1080"},
         {"Expand", regtype::ExpandSz, Sz("%SystemRoot%\\x"),
          "Expand    REG_EXPAND_SZ    %SystemRoot%\\x"},
         {"Multi", regtype::MultiSz, std::string("one\0two\0\0", 9),
@@ -96,6 +98,8 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
             << value.name;
     ASSERT_EQ(Write(store, hkey::LocalMachine, "Software\\Optera", "View", regtype::Sz, Sz("32")),
               0);
+
+    EXPECT_NE(temp.Read("pfx/user.reg").find("\n\"Counted\"=\"1920x1080\"\n"), std::string::npos);
 
     // A live server: writes are refused and leave the files as they are.
     const std::string system = temp.Read("pfx/system.reg"), user = temp.Read("pfx/user.reg");
