@@ -66,8 +66,10 @@ std::u16string HexValue(std::size_t lineLength, DWORD type, const std::vector<st
     return out;
 }
 
-// UTF-16LE data that is one string and its NUL, as a "text" form can hold it.
+// UTF-16LE data that is one string and its NUL, as a "text" form can hold it; no data at all is
+// the empty text, as the registry editor writes it.
 std::optional<std::u16string> WholeString(const std::vector<std::uint8_t>& data) {
+    if (data.empty()) return std::u16string();
     if (data.size() < 2 || data.size() % 2 != 0) return std::nullopt;
     std::u16string units;
     for (std::size_t i = 0; i < data.size(); i += 2)

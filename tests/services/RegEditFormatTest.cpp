@@ -31,6 +31,7 @@ class RegEdit : public ::testing::Test {
                        std::string("\x00\x0f\0\0", 4));
         store.PutValue(hkey::CurrentUser, game, "Blob", regtype::Binary, std::string(30, '\x2a'));
         store.PutValue(hkey::CurrentUser, game, "Empty", regtype::Binary, "");
+        store.PutValue(hkey::CurrentUser, game, "Blank", regtype::Sz, "");
         store.PutValue(hkey::CurrentUser, game, "Exp", regtype::ExpandSz, std::string("%A%\0", 4));
         store.PutValue(hkey::CurrentUser, game + "\\Video", "Multi", regtype::MultiSz,
                        std::string("a\0b\0\0", 5));
@@ -50,6 +51,7 @@ TEST_F(RegEdit, ExportWritesTheKeyAndItsSubkeysAsTheEditorDoes) {
         "\"Blob\"=hex:2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,2a,\\\r\n"
         "  2a,2a,2a,2a,2a,2a,2a,2a\r\n"
         "\"Empty\"=hex:\r\n"
+        "\"Blank\"=\"\"\r\n"
         "\"Exp\"=hex(2):25,00,41,00,25,00,00,00\r\n"
         "\r\n[HKEY_CURRENT_USER\\Software\\Game\\Video]\r\n"
         "\"Multi\"=hex(7):61,00,00,00,62,00,00,00,00,00\r\n"
