@@ -44,10 +44,6 @@ REGSAM Granted(REGSAM access) {
     return access;
 }
 
-bool IsString(DWORD type) {
-    return type == regtype::Sz || type == regtype::ExpandSz || type == regtype::MultiSz;
-}
-
 bool SameName(std::string_view a, std::string_view b) {
     return CompareFoldedNames(FoldName(a), FoldName(b)) == 0;
 }
@@ -86,13 +82,13 @@ std::uint64_t Now() {
 
 // A value's data as the "A" functions give it: strings in the code page.
 std::string CallerData(const RegFileValue& value) {
-    if (IsString(value.type)) return CodePageFromUtf16(Utf16FromLeBytes(value.data));
+    if (IsStringType(value.type)) return CodePageFromUtf16(Utf16FromLeBytes(value.data));
     return std::string(value.data.begin(), value.data.end());
 }
 
 std::vector<std::uint8_t> StoredData(DWORD type, const std::uint8_t* data, DWORD length) {
     if (!data) return {};
-    if (IsString(type))
+    if (IsStringType(type))
         return Utf16LeBytes(
             Utf16FromCodePage(std::string_view(reinterpret_cast<const char*>(data), length)));
     return std::vector<std::uint8_t>(data, data + length);
@@ -119,7 +115,7 @@ LONG GiveValue(const RegFileValue& value, DWORD* type, std::uint8_t* data, DWORD
         }
         std::memcpy(data, bytes.data(), bytes.size());
         // As Windows does: a string stored without its NUL gets one when there is room.
-        if (IsString(value.type) && bytes.size() < *dataLength &&
+        if (IsStringType(value.type) && bytes.size() < *dataLength &&
             (bytes.empty() || bytes.back() != '\0'))
             data[bytes.size()] = 0;
     }
