@@ -96,37 +96,6 @@ TEST_F(RegistryText, TheStoresReadStringsAlike) {
     }
 }
 
-// A string written by its characters alone is stored with its NUL, as Windows stores it, so
-// that Wine keeps it as a plain string; a count that includes the NUL stores the same.
-TEST_F(RegistryText, AStringWrittenWithoutItsNulIsStoredWithIt) {
-    WriteUserHive("[Software\\\\Game] 1700000000\n");
-    WineKeyStore wine(prefix());
-    platform::FakeKeyStore fake(true);
-    fake.PutValue(hkey::CurrentUser, "Software\\Game", "old", platform::regtype::Sz, "");
-    platform::ScriptedPrompts prompts;
-    const std::string key = "HKEY_CURRENT_USER\\Software\\Game";
-    for (platform::KeyStore* store :
-         {static_cast<platform::KeyStore*>(&wine), static_cast<platform::KeyStore*>(&fake)}) {
-        services::cRegistry registry(*store, prompts);
-        ASSERT_TRUE(registry.SetStringValue(key, "Resolution", "1920x1080").AsBool());
-        ASSERT_EQ(Write(*store, hkey::CurrentUser, "Software\\Game", "Counted",
-                        platform::regtype::Sz, std::string_view("1920x1080\0", 10)),
-                  0);
-        for (const char* name : {"Resolution", "Counted"}) {
-            HKEY game = 0;
-            ASSERT_EQ(store->RegOpenKeyExA(hkey::CurrentUser, "Software\\Game", 0, 0x20019, &game),
-                      0);
-            DWORD size = 0;
-            EXPECT_EQ(store->RegQueryValueExA(game, name, nullptr, nullptr, &size), 0);
-            EXPECT_EQ(size, 10u) << name;
-            store->RegCloseKey(game);
-        }
-    }
-    const std::string hive = temp.Read("user.reg");
-    EXPECT_NE(hive.find("\"Resolution\"=\"1920x1080\"\n"), std::string::npos) << hive;
-    EXPECT_NE(hive.find("\"Counted\"=\"1920x1080\"\n"), std::string::npos) << hive;
-}
-
 TEST_F(RegistryText, ASavedKeyReplacesTheFileItIsSavedOver) {
     WriteUserHive("[Software\\\\Game] 1700000000\n\"v\"=\"first\"\n");
     WineKeyStore store(prefix());
