@@ -76,7 +76,9 @@ TEST(BlankRecipe, IsWrittenAnewReadOnlyAndOpened) {
               (std::vector<std::string>{"[RESDEPENDENT.1]", "3840x1024=", "5120x1024="}));
 
     optera::testing::FakeWindow window;
-    auto& [fake, prompts, profile, registry, regFiles, gui, dialogs, logic] = window;
+    auto& fake = window.fake;
+    auto& gui = window.gui;
+    auto& logic = window.logic;
     fake.environment.variables["windir"] = "C:\\windows";
     fake.files.PutFile("C:\\Optera\\MODS\\_BLANK.txt", "old");
     fake.files.SetAttributes("C:\\Optera\\MODS\\_BLANK.txt", platform::attr::ReadOnly);
