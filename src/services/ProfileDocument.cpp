@@ -6,9 +6,11 @@ namespace optera::services {
 
 namespace {
 
-// White space as the profile functions trim it; Ctrl-Z is the old end-of-file mark.
+// White space as the profile functions trim it; Ctrl-Z is the old end-of-file mark, and a NUL
+// is what a game leaves behind when it writes out its whole buffer.
 bool IsProfileSpace(char c) {
-    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f' || c == 0x1A;
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\v' || c == '\f' || c == 0x1A ||
+           c == '\0';
 }
 
 std::string_view Trim(std::string_view s) {

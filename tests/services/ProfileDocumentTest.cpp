@@ -87,3 +87,17 @@ TEST(ProfileDocument, ArbitraryBytesSurviveARoundTrip) {
     doc.Set("s", "k", "v");
     EXPECT_EQ(doc.Serialize().substr(0, bytes.size()), bytes);
 }
+
+// A NUL byte counts as a blank, as it does for the system's profile functions: a file ending in
+// one (a game that writes its buffer whole) reads as if it were not there.
+TEST(ProfileDocument, NulBytesAreBlanks) {
+    using namespace std::string_literals;
+    ProfileDocument ending = ProfileDocument::Parse("[a]\r\nk=1\r\n\0\0"s);
+    EXPECT_EQ(*ending.SectionEntries("a"), (Lines{"k=1"}));
+    EXPECT_EQ(SetAndSerialize("[a]\r\nk=1\r\n\0"s, "a", "new", "v"), "[a]\r\nk=1\r\nnew=v\r\n\0"s);
+
+    ProfileDocument inside = ProfileDocument::Parse("[a]\0\r\nk\0=1\0\r\nx=\0 2 \0\r\n"s);
+    EXPECT_EQ(inside.SectionNames(), (Lines{"a"}));
+    EXPECT_EQ(*inside.SectionEntries("a"), (Lines{"k=1", "x=2"}));
+    EXPECT_EQ(inside.Value("a", "k"), "1");
+}
