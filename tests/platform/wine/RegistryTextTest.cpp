@@ -66,6 +66,80 @@ TEST_F(RegistryText, ABackupKeepsEveryCharacterOfNamesAndStrings) {
     EXPECT_EQ(files.ReadAll("C:\\again.reg"), expected);
 }
 
+// Every type of value, in names and strings of any script, comes back from a backup with the
+// very bytes it had: strings with quotes, line breaks and NULs inside, data long enough to be
+// continued over lines, types the editor has no word for. Only a string of no bytes at all comes
+// back as the empty text with its NUL, since the editor writes and reads both as "".
+TEST_F(RegistryText, EveryValueComesBackFromItsBackupByteForByte) {
+    using Bytes = std::vector<std::uint8_t>;
+    auto wide = [](std::u16string_view text) {
+        Bytes bytes;
+        for (char16_t unit : text)
+            bytes.insert(bytes.end(), {std::uint8_t(unit), std::uint8_t(unit >> 8)});
+        return bytes;
+    };
+    Bytes counting(300);
+    for (std::size_t i = 0; i < counting.size(); ++i) counting[i] = std::uint8_t(i);
+    struct Row {
+        std::u16string name;
+        platform::DWORD type;
+        Bytes data;
+        std::optional<Bytes> back = std::nullopt;  // when not `data` itself
+    };
+    const Row rows[] = {
+        {u"", platform::regtype::Sz, wide(std::u16string(u"default\0", 8))},
+        {u"\"q\" \\ [x] = @", platform::regtype::Sz,
+         wide(std::u16string(u"\"a\\b\"\r\n\tc\0", 11))},
+        {u"\u0418\u043c\u044f \U0001F30E", platform::regtype::Sz,
+         wide(std::u16string(u"\u65e5\u672c \U0001F30E caf\u00e9\0", 11))},
+        {u"empty text", platform::regtype::Sz, wide(std::u16string(u"\0", 1))},
+        {u"no data", platform::regtype::Sz, {}, Bytes{0, 0}},
+        {u"NUL inside", platform::regtype::Sz, wide(std::u16string(u"a\0b\0", 4))},
+        {u"expand", platform::regtype::ExpandSz, wide(std::u16string(u"%TEMP%\\\u00e9\0", 9))},
+        {u"multi", platform::regtype::MultiSz, wide(std::u16string(u"a\0\u0416\0\0", 5))},
+        {u"empty multi", platform::regtype::MultiSz, wide(std::u16string(u"\0", 1))},
+        {u"none", platform::regtype::None, {1, 2}},
+        {u"none, empty", platform::regtype::None, {}},
+        {u"binary, long", platform::regtype::Binary, counting},
+        {u"binary, empty", platform::regtype::Binary, {}},
+        {u"dword", platform::regtype::Dword, {0xff, 0xfe, 0x00, 0x80}},
+        {u"dword of three bytes", platform::regtype::Dword, {1, 2, 3}},
+        {u"big-endian", platform::regtype::DwordBigEndian, {0, 0, 0, 7}},
+        {u"qword", platform::regtype::Qword, {1, 2, 3, 4, 5, 6, 7, 8}},
+        {u"resource list", 8, {0xaa}},
+        {u"a type of its own", 0x12345, {9, 8, 7}},
+    };
+    WriteUserHive("[Software\\\\Game] 1700000000\n");
+    WineKeyStore store(prefix());
+    WineFileSystem files(prefix());
+    const std::u16string subKeys[] = {u"Software\\Game", u"Software\\Game\\\u65e5\u672c"};
+    for (const std::u16string& subKey : subKeys) {
+        HKEY key = 0;
+        ASSERT_EQ(store.RegCreateKeyExW(hkey::CurrentUser, subKey, 0xF003F, &key, nullptr), 0);
+        for (const Row& row : rows)
+            ASSERT_EQ(store.RegSetValueExW(key, row.name, row.type, row.data), 0);
+        store.RegCloseKey(key);
+    }
+    ASSERT_TRUE(services::ExportRegistryKey(store, files, "HKEY_CURRENT_USER\\Software\\Game",
+                                            "C:\\backup.reg"));
+    WriteUserHive("[Software\\\\Game] 1700000000\n\"none\"=\"changed\"\n");
+    ASSERT_TRUE(services::ImportRegistryFile(store, files, "C:\\backup.reg"));
+
+    for (const std::u16string& subKey : subKeys) {
+        HKEY key = 0;
+        ASSERT_EQ(store.RegOpenKeyExW(hkey::CurrentUser, subKey, 0, 0x20019, &key), 0);
+        for (const Row& row : rows) {
+            platform::DWORD type = 0;
+            Bytes data;
+            EXPECT_EQ(store.RegQueryValueExW(key, row.name, type, data), 0)
+                << text::Utf8FromUtf16(row.name);
+            EXPECT_EQ(type, row.type) << text::Utf8FromUtf16(row.name);
+            EXPECT_EQ(data, row.back.value_or(row.data)) << text::Utf8FromUtf16(row.name);
+        }
+        store.RegCloseKey(key);
+    }
+}
+
 TEST_F(RegistryText, TheStoresReadStringsAlike) {
     struct Row {
         const char* name;
