@@ -1,6 +1,6 @@
 // Feeds arbitrary bytes to the profile engine as a file, reads everything back through
 // cPrivateProfile, writes one entry, and checks what must always hold:
-//  - a file that is only parsed serialises to the same bytes;
+//  - a file that is only decoded and parsed encodes and serialises to the same bytes;
 //  - a write changes no other section and the written value reads back;
 //  - nothing crashes, hangs or reads out of bounds (the sanitizers watch).
 #include <cstddef>
@@ -9,6 +9,7 @@
 
 #include "platform/fake/FakeFileSystem.h"
 #include "services/ProfileDocument.h"
+#include "services/ProfileFileText.h"
 #include "services/cPrivateProfile.h"
 
 using namespace optera;
@@ -32,8 +33,9 @@ std::string CleanValue(const std::string& bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(reinterpret_cast<const char*>(data), size);
 
-    services::ProfileDocument doc = services::ProfileDocument::Parse(bytes);
-    Check(doc.Serialize() == bytes);
+    const auto text = services::ProfileFileText::Decode(bytes);
+    services::ProfileDocument doc = services::ProfileDocument::Parse(text.text());
+    Check(text.Encode(doc.Serialize()) == bytes);
 
     platform::FakeFileSystem files;
     const std::string path = "C:\\fuzz.ini";
@@ -58,7 +60,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             (value.size() >= 2 && (value[0] == '"' || value[0] == '\'') && value.back() == value[0]
                  ? value.substr(1, value.size() - 2)
                  : value.substr(0, 509)));
-        auto after = services::ProfileDocument::Parse(*files.ReadAll(path));
+        auto after = services::ProfileDocument::Parse(
+            services::ProfileFileText::Decode(*files.ReadAll(path)).text());
         for (const std::string& name : doc.SectionNames()) {
             if (optera::text::EqualsNoCase(name, "Fuzz")) continue;
             Check(after.SectionEntries(name) == doc.SectionEntries(name));

@@ -3,14 +3,29 @@
 #include <algorithm>
 
 #include "services/ProfileDocument.h"
+#include "services/ProfileFileText.h"
 
 namespace optera::services {
 
 namespace {
 
-ProfileDocument Load(const platform::FileSystem& files, std::string_view path) {
+// A file's document and the encoding its text is in; a missing file is an empty 8-bit one.
+struct LoadedProfile {
+    ProfileFileText file;
+    ProfileDocument doc;
+
+    explicit LoadedProfile(std::string_view bytes)
+        : file(ProfileFileText::Decode(bytes)), doc(ProfileDocument::Parse(file.text())) {}
+
+    std::vector<std::string> ToCaller(std::vector<std::string> items) const {
+        for (std::string& item : items) item = file.ToCaller(item);
+        return items;
+    }
+};
+
+LoadedProfile Load(const platform::FileSystem& files, std::string_view path) {
     auto bytes = files.ReadAll(path);
-    return ProfileDocument::Parse(bytes ? *bytes : std::string());
+    return LoadedProfile(bytes ? *bytes : std::string());
 }
 
 // Copies NUL-separated items into the buffer as the list functions do: the whole list and a
@@ -40,19 +55,23 @@ std::string_view WithoutQuotes(std::string_view value) {
 
 std::uint32_t ProfileApi::GetPrivateProfileSectionNamesA(std::string& buffer,
                                                          std::string_view path) const {
-    return FillList(Load(files_, path).SectionNames(), buffer);
+    LoadedProfile profile = Load(files_, path);
+    return FillList(profile.ToCaller(profile.doc.SectionNames()), buffer);
 }
 
 std::uint32_t ProfileApi::GetPrivateProfileSectionA(std::string_view section, std::string& buffer,
                                                     std::string_view path) const {
-    auto entries = Load(files_, path).SectionEntries(section);
-    return FillList(entries ? *entries : std::vector<std::string>(), buffer);
+    LoadedProfile profile = Load(files_, path);
+    auto entries = profile.doc.SectionEntries(profile.file.FromCaller(section));
+    return FillList(entries ? profile.ToCaller(*entries) : std::vector<std::string>(), buffer);
 }
 
 std::uint32_t ProfileApi::GetPrivateProfileStringA(std::string_view section, std::string_view key,
                                                    std::string_view fallback, std::string& buffer,
                                                    std::string_view path) const {
-    auto value = Load(files_, path).Value(section, key);
+    LoadedProfile profile = Load(files_, path);
+    auto value = profile.doc.Value(profile.file.FromCaller(section), profile.file.FromCaller(key));
+    if (value) value = profile.file.ToCaller(*value);
     std::string_view text = value ? WithoutQuotes(*value) : fallback;
     std::fill(buffer.begin(), buffer.end(), '\0');
     if (buffer.empty()) return 0;
@@ -70,9 +89,10 @@ bool ProfileApi::WritePrivateProfileStringA(std::string_view section, std::strin
         if (!bytes) return false;  // never replace a file we could not read
         before = std::move(*bytes);
     }
-    ProfileDocument doc = ProfileDocument::Parse(before);
-    doc.Set(section, key, value);
-    return platform::ReplaceFile(files_, path, doc.Serialize());
+    LoadedProfile profile(before);
+    const ProfileFileText& file = profile.file;
+    profile.doc.Set(file.FromCaller(section), file.FromCaller(key), file.FromCaller(value));
+    return platform::ReplaceFile(files_, path, file.Encode(profile.doc.Serialize()));
 }
 
 }  // namespace optera::services

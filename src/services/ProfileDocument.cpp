@@ -19,8 +19,6 @@ std::string_view Trim(std::string_view s) {
     return s;
 }
 
-constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-
 // The name of a "[name]" line, or nullopt for any other line. The name runs to the line's last
 // closing bracket; a line with an opening bracket and no closing one is an entry.
 std::optional<std::string_view> HeaderName(std::string_view text) {
@@ -76,9 +74,7 @@ std::string ProfileDocument::Serialize() const {
 std::vector<std::string> ProfileDocument::SectionNames() const {
     std::vector<std::string> names;
     for (std::size_t i = 0; i < lines_.size(); ++i) {
-        std::string_view text = lines_[i].text;
-        if (i == 0 && text.starts_with(kUtf8Mark)) text.remove_prefix(kUtf8Mark.size());
-        auto name = HeaderName(text);
+        auto name = HeaderName(lines_[i].text);
         if (name && !name->empty()) names.emplace_back(*name);
     }
     return names;
@@ -87,9 +83,7 @@ std::vector<std::string> ProfileDocument::SectionNames() const {
 std::optional<ProfileDocument::Range> ProfileDocument::FindSection(std::string_view section) const {
     std::string_view wanted = Trim(section);
     for (std::size_t i = 0; i < lines_.size(); ++i) {
-        std::string_view text = lines_[i].text;
-        if (i == 0 && text.starts_with(kUtf8Mark)) text.remove_prefix(kUtf8Mark.size());
-        auto name = HeaderName(text);
+        auto name = HeaderName(lines_[i].text);
         if (!name || !text::EqualsNoCase(*name, wanted)) continue;
         std::size_t end = i + 1;
         while (end < lines_.size() && !HeaderName(lines_[end].text)) ++end;

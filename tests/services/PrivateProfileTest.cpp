@@ -2,6 +2,7 @@
 
 #include "platform/fake/FakeFileSystem.h"
 #include "services/cPrivateProfile.h"
+#include "text/CodePage.h"
 
 using namespace optera;
 using services::cPrivateProfile;
@@ -105,4 +106,47 @@ TEST_F(PrivateProfile, ListsFilesOfAPatternInDirectoryOrder) {
     files.CreateFolder("C:\\Optera\\MODS\\folder.txt");
     EXPECT_EQ(profile.GetListOfFiles("C:\\OPTERA\\MODS\\*.TXT"), (Lines{"alpha.TXT", "Zeta.txt"}));
     EXPECT_EQ(profile.GetListOfFiles("C:\\Optera\\MODS\\*.ini"), (Lines{""}));
+}
+
+// A file with a byte-order mark is read in its encoding and written back in it, as the system's
+// profile functions do: a game's Unicode settings file keeps every character nobody changed.
+TEST_F(PrivateProfile, UnicodeFilesStayInTheirEncoding) {
+    auto utf16 = [](std::string_view utf8, bool bigEndian) {
+        std::string bytes = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
+        for (char16_t unit : text::Utf16FromUtf8(utf8)) {
+            const char low = static_cast<char>(unit & 0xFF), high = static_cast<char>(unit >> 8);
+            bytes += bigEndian ? std::string{high, low} : std::string{low, high};
+        }
+        return bytes;
+    };
+    // "café" and Japanese beside it; "Größe" is written in the code page by the caller.
+    const std::string before = "[Video]\r\nName=caf\xC3\xA9 \xE6\x97\xA5\r\nWidth=800\r\n";
+    const std::string after =
+        "[Video]\r\nName=caf\xC3\xA9 \xE6\x97\xA5\r\nWidth=1920\r\nGr\xC3\xB6\xC3\x9F\x65=1\r\n";
+    struct Row {
+        const char* name;
+        std::string before, after;
+    } rows[] = {
+        {"UTF-16, little-endian", utf16(before, false), utf16(after, false)},
+        {"UTF-16, big-endian", utf16(before, true), utf16(after, true)},
+        {"UTF-8 with its mark", "\xEF\xBB\xBF" + before, "\xEF\xBB\xBF" + after},
+        {"UTF-16 of odd length keeps its last byte", utf16(before, false) + "!",
+         utf16(after, false) + "!"},
+    };
+    for (const Row& row : rows) {
+        Put(row.before);
+        EXPECT_EQ(*profile.GetIniSectionNames(ini), (Lines{"Video"})) << row.name;
+        EXPECT_EQ(profile.GetIniStringValue(ini, "video", "name"), "caf\xE9 ?") << row.name;
+        ASSERT_TRUE(profile.SetIniStringValue(ini, "Video", "Width", "1920")) << row.name;
+        ASSERT_TRUE(profile.SetIniStringValue(ini, "Video",
+                                              "Gr\xF6\xDF"
+                                              "e",
+                                              "1"))
+            << row.name;
+        EXPECT_EQ(files.ReadAll(ini), row.after) << row.name;
+        EXPECT_EQ(*profile.GetIniSection(ini, "Video"), (Lines{"Name=caf\xE9 ?", "Width=1920",
+                                                               "Gr\xF6\xDF"
+                                                               "e=1"}))
+            << row.name;
+    }
 }

@@ -42,8 +42,6 @@ TEST(ProfileDocument, EveryKindOfLineEndSeparatesLines) {
     EXPECT_EQ(doc.SectionNames(), (Lines{"a", "b", "c"}));
     EXPECT_EQ(doc.Value("a", "k"), "1");
     EXPECT_EQ(doc.Value("c", "k"), "3");
-    EXPECT_EQ(ProfileDocument::Parse("\xEF\xBB\xBF[first]\nk=v\n").SectionNames(),
-              (Lines{"first"}));
 }
 
 TEST(ProfileDocument, ChangingAValueLeavesEveryOtherByte) {
