@@ -3,6 +3,7 @@
 // locating a game by hand.
 
 #include "discovery/GameStatus.h"
+#include "mainwindow/ExchangeSort.h"
 #include "mainwindow/MainWindowLogic.h"
 #include "mainwindow/model/GameMessage.h"
 #include "platform/WindowsPath.h"
@@ -27,14 +28,12 @@ std::string FolderForLabel(std::string path) {
 }  // namespace
 
 void SortRecipeNames(std::vector<std::string>& names, std::string_view suffix) {
-    auto key = [&suffix](const std::string& name) {
+    // Compared in upper case without the extension, in the exchange sort's order of ties.
+    ExchangeSortOrder(names, [&suffix](const std::string& name) {
         std::string upper = text::ToUpper(name);
         upper.resize(upper.size() > suffix.size() ? upper.size() - suffix.size() : 0);
         return upper;
-    };
-    for (std::size_t i = 0; i < names.size(); ++i)
-        for (std::size_t j = i + 1; j < names.size(); ++j)
-            if (key(names[i]) > key(names[j])) std::swap(names[i], names[j]);
+    });
 }
 
 void MainWindowLogic::FillGameList() {

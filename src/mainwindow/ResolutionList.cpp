@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "mainwindow/ExchangeSort.h"
 #include "mainwindow/MainWindowLogic.h"
 #include "text/NoCase.h"
 #include "text/Number.h"
@@ -75,9 +76,9 @@ std::vector<std::string> FilterByDisplayModes(services::cEnumDisplaySettings& se
 }
 
 void SortResolutions(std::vector<std::string>& list) {
-    for (std::size_t i = 0; i < list.size(); ++i)
-        for (std::size_t j = i + 1; j < list.size(); ++j)
-            if (Dimensions(list[j]) < Dimensions(list[i])) std::swap(list[i], list[j]);
+    // By width, then height; rows such as "1024x768" and "1024 x 768" keep the exchange sort's
+    // order of ties.
+    ExchangeSortOrder(list, [](const std::string& row) { return Dimensions(row); });
 }
 
 void MainWindowLogic::BuildResolutionList() {
