@@ -237,15 +237,17 @@ int SearchGame(Window& window, const std::string& game, std::ostream& out, std::
         return refused;
     discovery::Scanner& scanner = window.logic().scanner();
     auto last = std::chrono::steady_clock::now() - std::chrono::seconds(1);
-    scanner.Form().onChange = [&](forms::Control& control, std::string_view property) {
-        if (control.Name() != "Label2" || property != "Caption") return;
+    forms::Subscription progress(scanner.Form(), [&](const forms::Change& change) {
+        if (change.kind != forms::ChangeKind::Property || change.control->Name() != "Label2" ||
+            change.what != "Caption")
+            return;
         auto now = std::chrono::steady_clock::now();
         if (now - last < std::chrono::milliseconds(250)) return;
         last = now;
-        err << "Searching " << Utf8(control.Caption()) << '\n';
-    };
+        err << "Searching " << Utf8(change.control->Caption()) << '\n';
+    });
     window.logic().RunCommand(mainwindow::button::Search);
-    scanner.Form().onChange = nullptr;
+    progress.Stop();
     // The search window has gone: the window reads the game afresh, with the place found.
     window.Activate();
     out << Utf8(Status(window)) << '\n';

@@ -64,13 +64,17 @@ bool Exists(const platform::FileSystem& files, const std::string& path, EntryFla
     return platform::FileExists(files, path);
 }
 
+// The game's line in the game list by its place; 0 when the list has no such line, and then
+// nothing is done to it.
+using Line = int;
+
 // The line's colour, mirrored on the path label.
-void Paint(MainWindow& gui, forms::ListItem* line, forms::Colour colour) {
-    if (line) line->ForeColor = colour;
+void Paint(MainWindow& gui, Line line, forms::Colour colour) {
+    gui.GameList().SetItemForeColor(line, colour);
     gui.PathLbl().SetForeColor(colour);
 }
 
-void ShowNativeSupport(MainWindow& gui, forms::ListItem* line) {
+void ShowNativeSupport(MainWindow& gui, Line line) {
     Paint(gui, line, gui.GHNTS_Color);
     gui.ResListBox().SetVisible(false);
     for (int button = 0; button <= 4; ++button) SetButtonState(gui.GUI(), button, kEnable, false);
@@ -80,11 +84,9 @@ void ShowNativeSupport(MainWindow& gui, forms::ListItem* line) {
     SetButtonState(gui.GUI(), 7, kShow, true);
 }
 
-void ShowNotDetected(MainWindow& gui, forms::ListItem* line) {
-    if (line) {
-        line->Checked = false;
-        line->Bold = false;
-    }
+void ShowNotDetected(MainWindow& gui, Line line) {
+    gui.GameList().SetItemChecked(line, false);
+    gui.GameList().SetItemBold(line, false);
     Paint(gui, line, gui.GND_Color);
     SetButtonState(gui.GUI(), 0, kEnable, false);
     SetButtonState(gui.GUI(), 1, kEnable, false);
@@ -99,7 +101,7 @@ bool NothingToApply(const recipes::GameRecord& game) {
 }
 
 void ShowLocated(MainWindow& gui, const platform::FileSystem& files,
-                 const recipes::GameRecord& game, forms::ListItem* line, EntryFlags& flags) {
+                 const recipes::GameRecord& game, Line line, EntryFlags& flags) {
     for (const recipes::CfgEntry& entry : game.CfgFiles) {
         if (entry.Kind == recipes::kSingle || entry.Kind.empty()) {
             if (entry.Path.empty())
@@ -112,8 +114,9 @@ void ShowLocated(MainWindow& gui, const platform::FileSystem& files,
                 flags.missing = true;
         } else if (entry.Kind == recipes::kMultiple) {
             // A pattern's match has a say only on a line already shown as optimized.
-            if (Exists(files, BackupPathOf(entry.Path), flags) && line &&
-                line->ForeColor == gui.GO_Color)
+            const forms::ListItem* item = gui.GameList().Item(line);
+            if (Exists(files, BackupPathOf(entry.Path), flags) && item &&
+                item->ForeColor == gui.GO_Color)
                 SetButtonState(gui.GUI(), 0, kEnable, true);
         }
     }
@@ -130,18 +133,18 @@ void ShowLocated(MainWindow& gui, const platform::FileSystem& files,
         SetButtonState(gui.GUI(), 0, kEnable, false);
         SetButtonState(gui.GUI(), 1, kEnable, true);
     }
-    if (line) {
-        line->Checked = true;
-        line->Bold = true;
-    }
+    gui.GameList().SetItemChecked(line, true);
+    gui.GameList().SetItemBold(line, true);
 }
 
 // The status label takes the colour of the line and the text of the first class of that colour.
-void ShowStatusText(MainWindow& gui, const forms::ListItem* line) {
-    if (!line) return;
-    std::string caption = StatusTextOf(gui, line->ForeColor);
+void ShowStatusText(MainWindow& gui, Line line) {
+    const forms::ListItem* item = gui.GameList().Item(line);
+    if (!item) return;
+    const forms::Colour colour = item->ForeColor;
+    std::string caption = StatusTextOf(gui, colour);
     if (caption.empty()) return;
-    gui.StatusLbl().SetBackColor(line->ForeColor);
+    gui.StatusLbl().SetBackColor(colour);
     gui.StatusLbl().SetCaption(caption);
 }
 
@@ -160,7 +163,7 @@ std::string StatusTextOf(const MainWindow& gui, forms::Colour colour) {
 
 void UpdateGameStatus(MainWindow& gui, const platform::FileSystem& files,
                       const recipes::GameRecord& game, std::int16_t index) {
-    forms::ListItem* line = gui.GameList().Item(index);
+    const Line line = gui.GameList().Item(index) ? index : 0;
     EntryFlags flags;
     if (game.NativeSupport) {
         ShowNativeSupport(gui, line);

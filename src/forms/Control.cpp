@@ -36,7 +36,7 @@ bool Control::Set(std::string_view property, const PropertyValue& value) {
 }
 
 void Control::Changed(std::string_view property) {
-    if (owner_) owner_->NotifyChanged(*this, property);
+    Notify(ChangeKind::Property, property);
 }
 
 bool Control::GetBool(std::string_view property) const {
@@ -75,20 +75,34 @@ void Control::Raise(std::string_view event, EventArgs args) {
     for (Handler& handler : handlers) handler(*this, args);
 }
 
-ListItem& Control::AddItem(std::string_view textIn) {
+void Control::Notify(ChangeKind kind, std::string_view what, int line) {
+    if (owner_) owner_->Notify(Change{kind, this, what, line});
+}
+
+int Control::AddItem(std::string_view textIn) {
     ListItem& item = items_.emplace_back();
     item.Text = std::string(textIn);
-    item.Index = static_cast<int>(items_.size());
-    Changed("Items");
-    return item;
+    item.Index = ItemCount();
+    Notify(ChangeKind::LineInserted, {}, item.Index);
+    return item.Index;
+}
+
+bool Control::RemoveItem(int index) {
+    if (!Item(index)) return false;
+    items_.erase(items_.begin() + (index - 1));
+    for (std::size_t i = static_cast<std::size_t>(index - 1); i < items_.size(); ++i)
+        items_[i].Index = static_cast<int>(i + 1);
+    Notify(ChangeKind::LineRemoved, {}, index);
+    return true;
 }
 
 void Control::ClearItems() {
+    if (items_.empty()) return;
     items_.clear();
-    Changed("Items");
+    Notify(ChangeKind::LinesCleared);
 }
 
-ListItem* Control::Item(int index) {
+ListItem* Control::MutableItem(int index) {
     if (index < 1 || index > ItemCount()) return nullptr;
     return &items_[static_cast<std::size_t>(index - 1)];
 }
@@ -98,25 +112,63 @@ const ListItem* Control::Item(int index) const {
     return &items_[static_cast<std::size_t>(index - 1)];
 }
 
-ListItem* Control::SelectedItem() {
-    for (ListItem& item : items_)
-        if (item.Selected) return &item;
-    return nullptr;
+const ListItem* Control::SelectedItem() const {
+    return Item(SelectedIndex());
+}
+
+int Control::SelectedIndex() const {
+    for (const ListItem& item : items_)
+        if (item.Selected) return item.Index;
+    return 0;
 }
 
 void Control::Select(int index) {
+    if (index == SelectedIndex() || (index != 0 && !Item(index))) return;
     for (ListItem& item : items_) item.Selected = item.Index == index;
-    Changed("Items");
+    Notify(ChangeKind::SelectionChanged, {}, index);
+}
+
+template <typename T>
+bool Control::SetItemField(int index, T ListItem::*field, T value, std::string_view name) {
+    ListItem* item = MutableItem(index);
+    if (!item) return false;
+    if (item->*field == value) return true;
+    item->*field = std::move(value);
+    Notify(ChangeKind::LineChanged, name, index);
+    return true;
+}
+
+bool Control::SetItemText(int index, std::string_view textIn) {
+    return SetItemField(index, &ListItem::Text, std::string(textIn), "Text");
+}
+bool Control::SetItemForeColor(int index, Colour colour) {
+    return SetItemField(index, &ListItem::ForeColor, colour, "ForeColor");
+}
+bool Control::SetItemBold(int index, bool bold) {
+    return SetItemField(index, &ListItem::Bold, bold, "Bold");
+}
+bool Control::SetItemChecked(int index, bool checked) {
+    return SetItemField(index, &ListItem::Checked, checked, "Checked");
 }
 
 void Control::UserChecks(int index) {
-    ListItem* item = Item(index);
+    const ListItem* item = Item(index);
     if (!item) return;
-    item->Checked = !item->Checked;
-    Changed("Items");
+    SetItemChecked(index, !item->Checked);
     EventArgs args;
-    args.item = item;
+    args.line = index;
     Raise("ItemCheck", args);
+}
+
+void Control::ClearColumnHeaders() {
+    if (columns_.empty()) return;
+    columns_.clear();
+    Notify(ChangeKind::ColumnsChanged);
+}
+
+void Control::AddColumnHeader(std::string_view caption) {
+    columns_.emplace_back(caption);
+    Notify(ChangeKind::ColumnsChanged);
 }
 
 void Control::Tick() {

@@ -19,7 +19,8 @@
 // "Font.Bold", "Font.Italic" and "FontName" name the same properties.
 //
 // Writing Text of a text box or combo box raises Change, writing Value of a check box raises
-// Click, each when the value changes.
+// Click, each when the value changes. Every change of a property or a line is told to the
+// listeners of the control's form (see Change.h).
 
 #include <map>
 #include <optional>
@@ -27,6 +28,7 @@
 #include <string_view>
 #include <vector>
 
+#include "forms/Change.h"
 #include "forms/Events.h"
 #include "forms/ListItems.h"
 #include "forms/PropertyValue.h"
@@ -50,6 +52,10 @@ class Control {
     Form* Owner() const { return owner_; }
 
     bool Has(std::string_view property) const;
+    // Every property the kind has, by canonical name.
+    const std::map<std::string, PropertyValue, text::LessNoCase>& Properties() const {
+        return properties_;
+    }
     std::optional<PropertyValue> Get(std::string_view property) const;
     // False when the kind has no such property or the value cannot be converted to its type.
     bool Set(std::string_view property, const PropertyValue& value);
@@ -77,24 +83,33 @@ class Control {
     void On(std::string_view event, Handler handler);
     void Raise(std::string_view event, EventArgs args = {});
 
-    // Lines of a list view, list box or combo box; other kinds have none.
-    ListItem& AddItem(std::string_view text);
+    // Lines of a list view, list box or combo box; other kinds have none. Places are one-based;
+    // a line is read through its place and changed only through the setters below.
+    // Adds a line at the end and gives its place.
+    int AddItem(std::string_view text);
+    // Removes a line; the lines after it move up one. False when there is no such line.
+    bool RemoveItem(int index);
     void ClearItems();
     int ItemCount() const { return static_cast<int>(items_.size()); }
-    // The line at a one-based place; nullptr when there is none.
-    ListItem* Item(int index);
+    // The line at a place; nullptr when there is none. Valid until the next change of the list.
     const ListItem* Item(int index) const;
-    // The selected line (a list selects one at a time); nullptr when none is.
-    ListItem* SelectedItem();
+    const std::vector<ListItem>& Items() const { return items_; }
+    // The selected line (a list selects one at a time) and its place; nullptr and 0 for none.
+    const ListItem* SelectedItem() const;
+    int SelectedIndex() const;
     // Selects one line, or none with 0.
     void Select(int index);
-    // The user clicks a line's check box: the mark flips and ItemCheck runs with the new state.
+    // A line's fields; each is false when there is no such line.
+    bool SetItemText(int index, std::string_view text);
+    bool SetItemForeColor(int index, Colour colour);
+    bool SetItemBold(int index, bool bold);
+    bool SetItemChecked(int index, bool checked);
+    // The user clicks a line's check box: the mark flips and ItemCheck runs with the line.
     void UserChecks(int index);
-    std::vector<ListItem>& Items() { return items_; }
 
     // Column headers of a list view.
-    void ClearColumnHeaders() { columns_.clear(); }
-    void AddColumnHeader(std::string_view caption) { columns_.emplace_back(caption); }
+    void ClearColumnHeaders();
+    void AddColumnHeader(std::string_view caption);
     const std::vector<std::string>& ColumnHeaders() const { return columns_; }
 
     // A timer's tick: raises Timer while the timer is enabled with an interval.
@@ -110,6 +125,10 @@ class Control {
     double GetNumber(std::string_view property) const;
     std::string GetText(std::string_view property) const;
     void Changed(std::string_view property);
+    void Notify(ChangeKind kind, std::string_view what = {}, int line = 0);
+    ListItem* MutableItem(int index);
+    template <typename T>
+    bool SetItemField(int index, T ListItem::*field, T value, std::string_view name);
 
     std::string kind_;
     std::string name_;

@@ -7,7 +7,6 @@
 namespace optera::forms {
 
 class Control;
-struct ListItem;
 
 // Mouse buttons as the toolkit numbers them.
 inline constexpr int kLeftButton = 1;
@@ -18,7 +17,7 @@ struct EventArgs {
     int shift = 0;              // mouse and key events
     double x = 0, y = 0;        // mouse events, twips inside the control
     int keyCode = 0;            // key events
-    ListItem* item = nullptr;   // ItemCheck, ItemClick
+    int line = 0;               // ItemCheck, ItemClick: the line's one-based place
     Control* source = nullptr;  // DragDrop: the control dragged
 };
 

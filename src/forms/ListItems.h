@@ -1,9 +1,9 @@
 #pragma once
 // The lines of a list control: a list view's items with their colour, face and marks, or the
-// plain texts of a list box or combo box.
+// plain texts of a list box or combo box. Lines are read through their control and changed only
+// through its setters, so that every change is heard.
 
 #include <string>
-#include <vector>
 
 #include "forms/PropertyValue.h"
 

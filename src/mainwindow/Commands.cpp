@@ -144,8 +144,7 @@ void MainWindowLogic::SearchCommand() {
         gui_.PathLbl().SetCaption(found);
         services_.profile.SetIniStringValue(RecipePath(SelectedLineText()), "GAMEINFO", "USERLOC",
                                             found);
-        if (forms::ListItem* line = SelectedLine())
-            UpdateStatus(static_cast<std::int16_t>(line->Index));
+        if (auto line = SelectedLine()) UpdateStatus(static_cast<std::int16_t>(line->Index));
         SetButtonState(gui_.GUI(), button::Search, 0, false);
         return;
     }
@@ -165,12 +164,11 @@ void MainWindowLogic::ViewCommand() {
         files.SetAttributes(path, *attributes & ~platform::attr::ReadOnly);
     OpenInTextEditor("\"" + path + "\"");
     state_.CurrentGame = reader_.ReadRecipe(state_.CurrentGame.Name);
-    if (forms::ListItem* line = SelectedLine())
-        UpdateStatus(static_cast<std::int16_t>(line->Index));
+    if (auto line = SelectedLine()) UpdateStatus(static_cast<std::int16_t>(line->Index));
 }
 
 void MainWindowLogic::HowToCommand() {
-    forms::ListItem* line = SelectedLine();
+    auto line = SelectedLine();
     const bool native = line && line->ForeColor == gui_.GHNTS_Color;
     SuppressHowToBox = true;
     ShowReport(native ? "Native" : "HowTo");

@@ -56,13 +56,12 @@ void MainWindowLogic::FillGameList() {
         list.AddItem(state_.CurrentGame.Name);
         UpdateStatus(++count);
     }
-    gui_.GUI().NotifyChanged(list, "Items");
 }
 
 void MainWindowLogic::SelectGame() {
     forms::Control& list = gui_.GameList();
     if (list.ItemCount() == 0) return;
-    forms::ListItem* line = SelectedLine();
+    auto line = SelectedLine();
     if (!line) return;
     const std::string lineText = line->Text;
     const auto index = static_cast<std::int16_t>(line->Index);
@@ -133,7 +132,7 @@ void MainWindowLogic::SelectGame() {
 
 void MainWindowLogic::GameDoubleClicked() {
     if (gui_.GameList().ItemCount() == 0) return;
-    forms::ListItem* line = SelectedLine();
+    auto line = SelectedLine();
     if (!line) return;
     state_.CurrentGame = reader_.ReadRecipe(line->Text);
     if (!state_.CurrentGame.GameLoc.empty() || !state_.CurrentGame.UserLoc.empty()) {
@@ -148,16 +147,17 @@ void MainWindowLogic::GameDoubleClicked() {
         LocateGame();
 }
 
-void MainWindowLogic::GameChecked(forms::ListItem& item) {
+void MainWindowLogic::GameChecked(int index) {
     forms::Control& list = gui_.GameList();
-    const int index = item.Index;
+    if (!list.Item(index)) return;
+    const forms::ListItem item = *list.Item(index);
     if (item.ForeColor == gui_.GND_Color && item.Checked) {
-        item.Checked = false;
+        list.SetItemChecked(index, false);
         list.Select(index);
     } else if ((item.ForeColor == gui_.GNO_Color || item.ForeColor == gui_.GHNTS_Color ||
                 item.ForeColor == gui_.GO_Color) &&
                !item.Checked) {
-        item.Checked = true;
+        list.SetItemChecked(index, true);
         list.Select(index);
     } else if (item.ForeColor == gui_.GCNF_Color && !item.Checked) {
         // The user takes back a location they gave by hand.
@@ -170,7 +170,7 @@ void MainWindowLogic::GameChecked(forms::ListItem& item) {
 }
 
 void MainWindowLogic::LocateGame() {
-    forms::ListItem* line = SelectedLine();
+    auto line = SelectedLine();
     if (!line || text::TrimBlanks(line->Text).empty()) {
         services_.prompts.ShowMessage(
             {"", "Please select a game first", MessageButtons::Ok, MessageIcon::None});

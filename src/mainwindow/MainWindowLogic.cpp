@@ -39,9 +39,7 @@ void MainWindowLogic::WireEvents() {
         gui_.ShowAllGames = !gui_.ShowAllGames;
         FillGameList();
     });
-    games.On("ItemCheck", [this](Control&, EventArgs& args) {
-        if (args.item) GameChecked(*args.item);
-    });
+    games.On("ItemCheck", [this](Control&, EventArgs& args) { GameChecked(args.line); });
     gui_.ResListBox().On("Click", [this](Control&, EventArgs&) { ResolutionSelected(); });
 
     for (int i = 0; i < button::Count; ++i) {
@@ -76,7 +74,7 @@ std::string MainWindowLogic::OpteraIni() const {
 }
 
 std::string MainWindowLogic::SelectedLineText() {
-    const forms::ListItem* line = SelectedLine();
+    auto line = SelectedLine();
     return line ? line->Text : std::string();
 }
 

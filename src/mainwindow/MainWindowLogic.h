@@ -78,7 +78,7 @@ class MainWindowLogic {
     void FillGameList();
     void SelectGame();
     void GameDoubleClicked();
-    void GameChecked(forms::ListItem& item);
+    void GameChecked(int index);
     void LocateGame();
 
     // The commands by button index, as a release of the button runs them.
@@ -121,7 +121,11 @@ class MainWindowLogic {
 
   private:
     void WireEvents();
-    forms::ListItem* SelectedLine() { return gui_.GameList().SelectedItem(); }
+    // A copy of the selected line of the game list, so that no reference outlives a change.
+    std::optional<forms::ListItem> SelectedLine() const {
+        const forms::ListItem* line = gui_.GameList().SelectedItem();
+        return line ? std::optional<forms::ListItem>(*line) : std::nullopt;
+    }
     std::string SelectedLineText();
     std::string RecipePath(std::string_view name) const;
     void UpdateStatus(std::int16_t index);

@@ -176,7 +176,7 @@ void MainWindowLogic::ResolutionSelected() {
     auto height = text::RoundToInt16(text::LeadingNumber(text::TrimBlanks(halves[1])));
     if (!height) return;
     state_.Selected.SelectedHeight = *height;
-    if (forms::ListItem* line = SelectedLine()) state_.CurrentGame = reader_.ReadRecipe(line->Text);
+    if (auto line = SelectedLine()) state_.CurrentGame = reader_.ReadRecipe(line->Text);
 }
 
 }  // namespace optera::mainwindow

@@ -104,7 +104,7 @@ void Optimizer::RunOptimization() {
                        "The game was optimized except for these, which were left as they were:");
         return;
     }
-    if (forms::ListItem* line = GameLine()) line->ForeColor = gui_.GO_Color;
+    PaintGameLine(gui_.GO_Color);
     gui_.StatusLbl().SetBackColor(gui_.GO_Color);
     gui_.StatusLbl().SetCaption("Game has been optimized");
 }
@@ -197,7 +197,7 @@ void Optimizer::RestoreOriginals() {
         if (!text::EqualsNoCase(owners.at(copy), entry.Path)) continue;
         if (!platform::FileExists(services_.machine.files, copy)) continue;
         if (PutOriginalBack(entry.Path, copy)) {
-            if (forms::ListItem* line = GameLine()) line->ForeColor = gui_.GCNF_Color;
+            PaintGameLine(gui_.GCNF_Color);
         }
     }
 

@@ -83,7 +83,10 @@ class Optimizer {
     // The one message that lists what the run could not do.
     void TellShortfalls(const std::string& title, std::string_view opening);
     // The line of the game in hand in the game list, if one is selected.
-    forms::ListItem* GameLine() { return gui_.GameList().SelectedItem(); }
+    // Paints the selected line of the game list.
+    void PaintGameLine(forms::Colour colour) {
+        gui_.GameList().SetItemForeColor(gui_.GameList().SelectedIndex(), colour);
+    }
 
     OptimizerServices services_;
     recipes::RecipeState& recipes_;

@@ -19,10 +19,10 @@ namespace {
 class Scan : public ::testing::Test {
   protected:
     Scan() {
-        scanner.Form().onChange = [this](forms::Control& control, std::string_view property) {
-            if (control.Name() == "Label2" && property == "Caption")
-                entered.push_back(control.Caption());
-        };
+        scanner.Form().Listen([this](const forms::Change& change) {
+            if (change.control->Name() == "Label2" && change.what == "Caption")
+                entered.push_back(change.control->Caption());
+        });
     }
     void File(const std::string& path) { files.PutFile(path, ""); }
 
@@ -93,12 +93,12 @@ TEST(ScanOnDisk, LinksBackAndTheKernelsFoldersAreNotEntered) {
     platform::ScriptedPrompts prompts;
     discovery::Scanner scanner(files, prompts);
     std::vector<std::string> entered;
-    scanner.Form().onChange = [&](forms::Control& control, std::string_view property) {
-        if (control.Name() == "Label2" && property == "Caption")
-            entered.push_back(control.Caption());
+    scanner.Form().Listen([&](const forms::Change& change) {
+        if (change.control->Name() != "Label2" || change.what != "Caption") return;
+        entered.push_back(change.control->Caption());
         // Z: is the whole host: stop once C: is done.
-        if (control.Caption() == "Z:\\") scanner.Form().Find("CancelBtn")->Raise("Click");
-    };
+        if (change.control->Caption() == "Z:\\") scanner.Form().Find("CancelBtn")->Raise("Click");
+    });
     EXPECT_EQ(scanner.StartScan("nothing.exe"), "");
     // C:\, C:\games\, C:\games\sample\ and the other folder by one of its two names.
     std::erase_if(entered, [](const std::string& folder) { return !folder.starts_with("C:"); });

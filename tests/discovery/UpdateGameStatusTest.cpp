@@ -27,13 +27,12 @@ class Status : public ::testing::Test {
         gui.GND_Color = kGND;
         gui.GHNTS_Color = kGHNTS;
         gui.GameList().AddItem("Other");
-        forms::ListItem& line = gui.GameList().AddItem("Game");
-        line.ForeColor = kUnset;
+        gui.GameList().SetItemForeColor(gui.GameList().AddItem("Game"), kUnset);
         files.PutFile("C:\\Game\\done.cfg", "");
         files.PutFile("C:\\Game\\done.original", "");
         files.PutFile("C:\\Game\\fresh.cfg", "");
     }
-    forms::ListItem& Line() { return *gui.GameList().Item(2); }
+    const forms::ListItem& Line() { return *gui.GameList().Item(2); }
     bool Enabled(int button) { return gui.BtnImageBox(button).Enabled(); }
     bool Shown(int button) { return gui.BtnImageBox(button).Visible(); }
     void Update(const GameRecord& game) { discovery::UpdateGameStatus(gui, files, game, 2); }
@@ -70,7 +69,7 @@ TEST_F(Status, EachClassSetsColoursStatusMarksAndButtons) {
         SetUp();
         gui.GameList().ClearItems();
         gui.GameList().AddItem("Other");
-        gui.GameList().AddItem("Game").Checked = !row.checked;
+        gui.GameList().SetItemChecked(gui.GameList().AddItem("Game"), !row.checked);
         Update(row.game);
         EXPECT_EQ(Line().ForeColor, row.colour);
         EXPECT_EQ(gui.PathLbl().ForeColor(), row.colour);
@@ -89,7 +88,7 @@ TEST_F(Status, EachClassSetsColoursStatusMarksAndButtons) {
 TEST_F(Status, NativeSupportHidesTheCommandsThatDoNotApply) {
     GameRecord game = GameOnDisk({"fresh.cfg"}, false, false);
     game.NativeSupport = true;
-    Line().Checked = true;
+    gui.GameList().SetItemChecked(2, true);
     gui.BtnImageBox(5).SetVisible(false);
     Update(game);
     EXPECT_EQ(Line().ForeColor, kGHNTS);
@@ -110,7 +109,7 @@ TEST_F(Status, PatternMatchesOnlyLeaveColourAndButtonsAlone) {
     EXPECT_EQ(gui.StatusLbl().Caption(), "StatusLabel") << "no class has the line's colour";
     EXPECT_TRUE(Line().Checked && Line().Bold);
 
-    Line().ForeColor = kGO;
+    gui.GameList().SetItemForeColor(2, kGO);
     Update(GameOnDisk({"*done.cfg"}));
     EXPECT_TRUE(Enabled(0)) << "a copied match on a line shown optimized offers Optimize again";
 }

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <optional>
+
 #include "forms/Form.h"
 
 using namespace optera::forms;
@@ -71,49 +74,94 @@ TEST(Events, RunSynchronouslyOncePerChange) {
     EXPECT_EQ(seen, (std::vector<std::string>{"change a", "change b", "click"}));
 }
 
-TEST(Events, TheFormHearsEveryChange) {
+// What a listener hears, as "control kind what line", for each change of one step.
+struct Recorder {
+    std::vector<std::string> heard;
+    void operator()(const Change& change) {
+        static const char* const kinds[] = {"property", "inserted", "changed", "removed",
+                                            "cleared",  "selected", "columns"};
+        heard.push_back(change.control->Name() + " " + kinds[static_cast<int>(change.kind)] +
+                        (change.what.empty() ? "" : " " + std::string(change.what)) +
+                        (change.line ? " " + std::to_string(change.line) : ""));
+    }
+    std::vector<std::string> Take() { return std::exchange(heard, {}); }
+};
+
+TEST(Changes, EveryChangeIsHeardOnceAndNoWriteThatChangesNothing) {
     Form form("F");
     Control& label = form.Add("Label", "L");
-    std::vector<std::string> changes;
-    form.onChange = [&](Control& control, std::string_view property) {
-        changes.push_back(control.Name() + "." + std::string(property));
-    };
+    Control& list = form.Add("ListView", "Games");
+    Recorder recorder;
+    Subscription subscription(form, std::ref(recorder));
+    using Heard = std::vector<std::string>;
+
+    label.SetCaption("x");
     label.SetCaption("x");
     form.SetCaption("Title");
-    label.SetCaption("x");
-    EXPECT_EQ(changes, (std::vector<std::string>{"L.Caption", "F.Caption"}));
+    EXPECT_EQ(recorder.Take(), (Heard{"L property Caption", "F property Caption"}));
+
+    EXPECT_EQ(list.AddItem("One"), 1);
+    EXPECT_EQ(list.AddItem("Two"), 2);
+    list.AddItem("Three");
+    list.SetItemForeColor(2, 0xFF);
+    list.SetItemForeColor(2, 0xFF);
+    list.SetItemBold(2, true);
+    list.SetItemText(3, "Drei");
+    EXPECT_FALSE(list.SetItemChecked(4, true)) << "no such line";
+    list.Select(3);
+    list.Select(3);
+    list.Select(2);
+    EXPECT_EQ(recorder.Take(),
+              (Heard{"Games inserted 1", "Games inserted 2", "Games inserted 3",
+                     "Games changed ForeColor 2", "Games changed Bold 2", "Games changed Text 3",
+                     "Games selected 3", "Games selected 2"}));
+    EXPECT_EQ(list.SelectedIndex(), 2) << "one line at a time";
+    EXPECT_FALSE(list.Item(3)->Selected);
+
+    EXPECT_TRUE(list.RemoveItem(1));
+    EXPECT_EQ(list.Item(1)->Text, "Two");
+    EXPECT_EQ(list.Item(2)->Index, 2) << "the lines after it move up";
+    EXPECT_EQ(list.SelectedIndex(), 1);
+    list.ClearItems();
+    list.ClearItems();
+    list.AddColumnHeader("Supported Games");
+    EXPECT_EQ(recorder.Take(), (Heard{"Games removed 1", "Games cleared", "Games columns"}));
+    EXPECT_EQ(list.ItemCount(), 0);
+    EXPECT_EQ(list.SelectedItem(), nullptr);
 }
 
-TEST(Lists, ItemsAreNumberedSelectedAndChecked) {
+TEST(Changes, ListenersComeAndGoAtAnyTime) {
+    Form form("F");
+    Control& label = form.Add("Label", "L");
+    Recorder first, second;
+    std::optional<Subscription> late;
+    Subscription one(form, [&](const Change& change) {
+        first(change);
+        // The first listener stops the second while the change is being told.
+        late.reset();
+    });
+    late.emplace(form, std::ref(second));
+    label.SetCaption("a");
+    label.SetCaption("b");
+    EXPECT_EQ(first.heard.size(), 2u);
+    EXPECT_TRUE(second.heard.empty()) << "stopped before its turn";
+    one.Stop();
+    label.SetCaption("c");
+    EXPECT_EQ(first.heard.size(), 2u);
+}
+
+TEST(Lists, TheUsersCheckMarkRaisesItemCheckWithTheLine) {
     Form form("F");
     Control& list = form.Add("ListView", "Games");
     list.AddItem("One");
-    list.AddItem("Two").ForeColor = 0xFF;
-    list.AddItem("Three");
-    EXPECT_EQ(list.ItemCount(), 3);
-    EXPECT_EQ(list.Item(2)->Text, "Two");
-    EXPECT_EQ(list.Item(2)->Index, 2);
-    EXPECT_EQ(list.Item(0), nullptr);
-    EXPECT_EQ(list.Item(4), nullptr);
-    EXPECT_EQ(list.SelectedItem(), nullptr);
-
-    list.Select(3);
-    list.Select(2);
-    ASSERT_NE(list.SelectedItem(), nullptr);
-    EXPECT_EQ(list.SelectedItem()->Text, "Two") << "one line at a time";
-    EXPECT_FALSE(list.Item(3)->Selected);
-
-    std::vector<bool> checks;
-    list.On("ItemCheck", [&](Control&, EventArgs& args) { checks.push_back(args.item->Checked); });
-    list.Item(1)->Checked = true;  // the program's own mark raises nothing
+    std::vector<std::pair<int, bool>> checks;
+    list.On("ItemCheck", [&](Control& sender, EventArgs& args) {
+        checks.emplace_back(args.line, sender.Item(args.line)->Checked);
+    });
+    list.SetItemChecked(1, true);  // the program's own mark raises nothing
     list.UserChecks(1);
     list.UserChecks(1);
-    EXPECT_EQ(checks, (std::vector<bool>{false, true}));
-
-    list.ClearItems();
-    EXPECT_EQ(list.ItemCount(), 0);
-    list.AddColumnHeader("Supported Games");
-    EXPECT_EQ(list.ColumnHeaders(), std::vector<std::string>{"Supported Games"});
+    EXPECT_EQ(checks, (std::vector<std::pair<int, bool>>{{1, false}, {1, true}}));
 }
 
 TEST(Controls, ArraysAreFoundByNameAndIndex) {

@@ -82,7 +82,7 @@ TEST_F(ResolutionList, TheVideoCardsLimitEndsTheList) {
 TEST_F(ResolutionList, ARecipeNarrowsTheRowsAndPicksOne) {
     Ini(kCandidates);
     logic.BuildResolutionList();
-    gui.GameList().AddItem("Game").Selected = true;
+    gui.GameList().Select(gui.GameList().AddItem("Game"));
     struct Case {
         const char* range;
         const char* wanted;
@@ -122,7 +122,7 @@ TEST_F(ResolutionList, RowsWithACapitalXCountLikeAnyOther) {
     logic.BuildResolutionList();
     EXPECT_EQ(Rows(), (Rows_{"[1280x960]", "1280X1024", "3840X1024"}));
 
-    gui.GameList().AddItem("Game").Selected = true;
+    gui.GameList().Select(gui.GameList().AddItem("Game"));
     fake.files.PutFile("C:\\Optera\\MODS\\Game.txt", "[GAMERESOLUTIONS]\r\nMin=1280X1000\r\n");
     EXPECT_EQ(logic.RestrictResolutionList("3840x1024"), 2);
     EXPECT_EQ(Rows(), (Rows_{"1280X1024", "3840X1024"}));

@@ -14,9 +14,11 @@
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/PrefixChangeLock.h"
 #include "platform/wine/WineMachine.h"
+#include "support/FormMirror.h"
 #include "support/WinePrefix.h"
 
 using namespace optera;
+using optera::testing::FormMirror;
 namespace fs = std::filesystem;
 using platform::MessageAnswer;
 using platform::MessageIcon;
@@ -110,8 +112,9 @@ class UserRoads : public optera::testing::WinePrefixTest {
         for (int i = 1; i <= list.ItemCount(); ++i)
             if (list.Item(i)->Text == name) list.Select(i);
         list.Raise("Click");
+        EXPECT_TRUE(mirror.MatchesForm());
     }
-    forms::ListItem& Line(const std::string& name) {
+    forms::ListItem Line(const std::string& name) {
         forms::Control& list = gui.GameList();
         for (int i = 1; i <= list.ItemCount(); ++i)
             if (list.Item(i)->Text == name) return *list.Item(i);
@@ -123,7 +126,10 @@ class UserRoads : public optera::testing::WinePrefixTest {
         gui.Timer1().Tick();
         gui.BtnImageBox(button).Raise("MouseUp");
         gui.Timer1().Tick();
+        EXPECT_TRUE(mirror.MatchesForm());
     }
+    // Every road ends with the window as a listener has heard it.
+    void TearDown() override { EXPECT_TRUE(mirror.MatchesForm()); }
     // Which buttons are enabled and shown: "E" enabled and shown, "s" shown only, "-" hidden.
     std::string Buttons() {
         std::string states;
@@ -162,6 +168,8 @@ class UserRoads : public optera::testing::WinePrefixTest {
     services::cRegistry registry{wine.registry(), prompts};
     optimizer::KeyStoreRegistryFiles regFiles{wine.registry(), wine.files()};
     mainwindow::MainWindow gui;
+    // A listener from before the first line was filled, as the window's view is.
+    FormMirror mirror{gui.GUI()};
     ScriptedDialogs dialogs;
     mainwindow::MainWindowLogic logic{
         {wine.machine(), profile, registry, prompts, regFiles, "C:\\Optera"}, gui, dialogs};

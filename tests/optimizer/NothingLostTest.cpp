@@ -41,8 +41,8 @@ struct Bench : optera::testing::FakeOptimizer {
         Entry("game.cfg", {"3=fov 90"});
         Entry("ui.xml", {"//ui/w=3840", "//ui/h=1024"});
         Entry("input.txt", {"w=3840", "h=1024"});
-        gui.GameList().AddItem("Game").Selected = true;
-        gui.ResListBox().AddItem("3840x1024").Selected = true;
+        gui.GameList().Select(gui.GameList().AddItem("Game"));
+        gui.ResListBox().Select(gui.ResListBox().AddItem("3840x1024"));
         gui.DefaultResolution = "1024x768";
         gui.CurrentGameText = "Game";
         gui.BtnImageBox(1).SetEnabled(false);

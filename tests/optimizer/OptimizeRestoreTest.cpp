@@ -60,8 +60,8 @@ class OptimizeRestore : public optera::testing::WinePrefixTest {
         temp.Write("drive_c/Games/Sample/Saves/notes.txt", "");
         temp.Write("program/MODS/Sample.txt", kRecipe);
 
-        gui.GameList().AddItem("Sample").Selected = true;
-        gui.ResListBox().AddItem("3840x1024").Selected = true;
+        gui.GameList().Select(gui.GameList().AddItem("Sample"));
+        gui.ResListBox().Select(gui.ResListBox().AddItem("3840x1024"));
         gui.ResListBox().AddItem("5760x1080");
         gui.CurrentGameText = "Sample";
         gui.DefaultResolution = "1024x768";
