@@ -1,9 +1,10 @@
 #pragma once
 // An in-memory registry for tests. Keys have case-insensitive names and keep their subkeys and
-// values in the order they were made; values hold a type and the bytes they were given, and
-// queries give back exactly those bytes (a string written without its NUL comes back without,
-// though, as on Windows and in Wine, a NUL follows it in the buffer when there is room). Names
-// and strings are kept in the code page: the wide path is the one every store has by default.
+// values in the order they were made; values hold a type and their bytes, strings counted as
+// StoredStringLength counts them, and queries give back exactly those bytes (a string stored
+// without its NUL comes back without, though, as on Windows and in Wine, a NUL follows a
+// non-empty one in the buffer when there is room). Names and strings are kept in the code page:
+// the wide path is the one every store has by default.
 //
 // A store made with `win64` is a 32-bit process on a 64-bit system: a caller whose access mask
 // lacks KEY_WOW64_64KEY (0x100) sees the 32-bit view, redirected as the Wine store is: the rest
