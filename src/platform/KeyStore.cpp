@@ -90,9 +90,12 @@ LONG KeyStore::RegQueryValueExW(HKEY key, std::u16string_view valueName, DWORD& 
 
 LONG KeyStore::RegSetValueExW(HKEY key, std::u16string_view valueName, DWORD type,
                               const std::vector<std::uint8_t>& data) {
-    const std::vector<std::uint8_t> bytes = NarrowData(type, data);
-    return RegSetValueExA(key, Narrow(valueName), type, bytes.data(),
-                          static_cast<DWORD>(bytes.size()));
+    std::vector<std::uint8_t> bytes = NarrowData(type, data);
+    const auto size = static_cast<DWORD>(bytes.size());
+    // The "A" operation looks at the byte after the data to tell a string counted without its
+    // terminator; a byte that is not NUL there stores the data exactly as given.
+    bytes.push_back(1);
+    return RegSetValueExA(key, Narrow(valueName), type, bytes.data(), size);
 }
 
 LONG KeyStore::RegDeleteValueW(HKEY key, std::u16string_view valueName) {

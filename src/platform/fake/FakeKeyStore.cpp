@@ -19,16 +19,22 @@ constexpr std::uint64_t kRestoreLuid = 18;
 constexpr std::size_t kMaxKeyName = 255;
 constexpr std::string_view kWow6432Node = "Wow6432Node";
 
-// The components of a key path. A single backslash at the end is allowed; any other empty
-// component makes the path unusable.
-std::optional<std::vector<std::string>> PathComponents(std::string_view path) {
-    if (path.empty()) return std::vector<std::string>{};
-    std::vector<std::string> parts = text::Split(path, "\\");
-    if (parts.back().empty()) parts.pop_back();
-    for (const std::string& part : parts) {
-        if (part.empty()) return std::nullopt;
-    }
+// The components of a key path, empty ones (doubled or trailing backslashes) left out as Wine
+// does.
+std::vector<std::string> PathComponents(std::string_view path) {
+    std::vector<std::string> parts;
+    for (std::string& part : text::Split(path, "\\"))
+        if (!part.empty()) parts.push_back(std::move(part));
     return parts;
+}
+
+// No path may start with a backslash, but one before a path below HKEY_CLASSES_ROOT that is
+// opened or deleted is dropped, as Windows does.
+bool AcceptPath(HKEY key, std::string_view& path, bool creating) {
+    if (path.empty() || path[0] != '\\') return true;
+    if (key != hkey::ClassesRoot || creating) return false;
+    path.remove_prefix(1);
+    return true;
 }
 
 // Copies a name and its terminator into a caller's buffer of *length characters.
@@ -43,7 +49,7 @@ LONG CopyName(const std::string& source, char* buffer, DWORD* length) {
 
 // Copies value data into a caller's buffer: only the size without a buffer, 234 with the size
 // needed when the buffer is too small. As Windows does, a string stored without its NUL gets
-// one when there is room (not counted in the size).
+// one when there is room (not counted in the size); an empty one gets nothing.
 LONG CopyData(DWORD type, const std::string& bytes, std::uint8_t* data, DWORD* dataLength) {
     if (data == nullptr) {
         if (dataLength != nullptr) *dataLength = static_cast<DWORD>(bytes.size());
@@ -54,7 +60,7 @@ LONG CopyData(DWORD type, const std::string& bytes, std::uint8_t* data, DWORD* d
     *dataLength = static_cast<DWORD>(bytes.size());
     if (room < bytes.size()) return regerror::MoreData;
     std::memcpy(data, bytes.data(), bytes.size());
-    if (IsStringType(type) && room > bytes.size() && (bytes.empty() || bytes.back() != '\0'))
+    if (IsStringType(type) && room > bytes.size() && !bytes.empty() && bytes.back() != '\0')
         data[bytes.size()] = 0;
     return regerror::Success;
 }
@@ -157,14 +163,18 @@ bool FakeKeyStore::Uses32BitView(REGSAM access) const {
 
 FakeKeyStore::Found FakeKeyStore::Walk(const KeyPtr& start, std::string_view path, bool view32,
                                        bool create, std::string_view className) {
-    auto parts = PathComponents(path);
-    if (!parts) return {kBadPathname, nullptr};
+    const std::vector<std::string> parts = PathComponents(path);
     Found found{regerror::Success, start};
-    for (const std::string& part : *parts) {
-        // A 32-bit caller looks up the rest of the path inside a "Wow6432Node" child; naming
-        // that child itself reaches it as it stands.
-        if (view32 && !text::EqualsNoCase(part, kWow6432Node)) {
-            if (KeyPtr redirected = found.key->Child(kWow6432Node)) found.key = redirected;
+    // A 32-bit caller is redirected once: into the Wow6432Node child of the first key below the
+    // start that has one, or of the last key when none had. Naming that child ends it, as in Wine.
+    bool redirect = view32;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        const std::string& part = parts[i];
+        if (text::EqualsNoCase(part, kWow6432Node)) {
+            redirect = false;
+        } else if (KeyPtr node = redirect && i > 0 ? found.key->Child(kWow6432Node) : nullptr) {
+            found.key = node;
+            redirect = false;
         }
         KeyPtr next = found.key->Child(part);
         if (!next) {
@@ -179,14 +189,23 @@ FakeKeyStore::Found FakeKeyStore::Walk(const KeyPtr& start, std::string_view pat
         }
         found.key = next;
     }
+    if (KeyPtr node = redirect ? found.key->Child(kWow6432Node) : nullptr) found.key = node;
     return found;
 }
 
 FakeKeyStore::Found FakeKeyStore::WalkHelper(HKEY root, std::string_view path, View view,
                                              bool create) const {
-    auto it = roots_.find(root);
-    if (it == roots_.end()) return {regerror::InvalidHandle, nullptr};
-    return Walk(it->second, path, view == View::Wow32, create);
+    KeyPtr start;
+    if (LONG code = Start(root, 0, view == View::Wow32 && win64_, start)) return {code, nullptr};
+    return Walk(start, path, view == View::Wow32 && win64_, create);
+}
+
+LONG FakeKeyStore::Start(HKEY key, REGSAM needed, bool view32, KeyPtr& out) const {
+    if (LONG code = Resolve(key, needed, out)) return code;
+    // The 32-bit view's classes root is the redirected one.
+    if (key == hkey::ClassesRoot && view32)
+        if (KeyPtr node = out->Child(kWow6432Node)) out = node;
+    return regerror::Success;
 }
 
 LONG FakeKeyStore::Resolve(HKEY key, REGSAM needed, KeyPtr& out) const {
@@ -276,8 +295,10 @@ void FakeKeyStore::PutSavedFile(std::string_view fileName, std::string_view cont
 LONG FakeKeyStore::RegOpenKeyExA(HKEY key, std::string_view subKey, DWORD /*options*/,
                                  REGSAM access, HKEY* result) {
     if (result == nullptr) return regerror::InvalidParameter;
+    *result = 0;
+    if (!AcceptPath(key, subKey, false)) return kBadPathname;
     KeyPtr start;
-    if (LONG code = Resolve(key, 0, start)) return code;
+    if (LONG code = Start(key, 0, Uses32BitView(access), start)) return code;
     Found found = Walk(start, subKey, Uses32BitView(access), false);
     if (found.code != regerror::Success) return found.code;
     if (found.key->denied) return regerror::AccessDenied;
@@ -372,9 +393,11 @@ LONG FakeKeyStore::RegCreateKeyExA(HKEY key, std::string_view subKey, DWORD /*re
                                    std::string_view className, DWORD /*options*/, REGSAM access,
                                    HKEY* result, DWORD* disposition) {
     if (result == nullptr) return regerror::InvalidParameter;
+    *result = 0;
+    if (!AcceptPath(key, subKey, true)) return kBadPathname;
+    const bool view32 = Uses32BitView(access);
     KeyPtr start;
-    if (LONG code = Resolve(key, regaccess::CreateSubKey, start)) return code;
-    bool view32 = Uses32BitView(access);
+    if (LONG code = Start(key, regaccess::CreateSubKey, view32, start)) return code;
     Found existing = Walk(start, subKey, view32, false);
     if (existing.code != regerror::Success && existing.code != regerror::FileNotFound) {
         return existing.code;
@@ -392,8 +415,9 @@ LONG FakeKeyStore::RegCreateKeyExA(HKEY key, std::string_view subKey, DWORD /*re
 }
 
 LONG FakeKeyStore::DeleteKey(HKEY key, std::string_view subKey, bool view32) {
+    if (!AcceptPath(key, subKey, false)) return kBadPathname;
     KeyPtr start;
-    if (LONG code = Resolve(key, 0, start)) return code;
+    if (LONG code = Start(key, 0, view32, start)) return code;
     Found found = Walk(start, subKey, view32, false);
     if (found.code != regerror::Success) return found.code;
     KeyPtr target = found.key;

@@ -1,14 +1,17 @@
 #pragma once
 // An in-memory registry for tests. Keys have case-insensitive names and keep their subkeys and
-// values in the order they were made; values hold a type and the bytes they were given, and
-// queries give back exactly those bytes (a string written without its NUL comes back without,
-// though, as on Windows and in Wine, a NUL follows it in the buffer when there is room). Names
-// and strings are kept in the code page: the wide path is the one every store has by default.
+// values in the order they were made; values hold a type and their bytes, strings counted as
+// StoredStringLength counts them, and queries give back exactly those bytes (a string stored
+// without its NUL comes back without, though, as on Windows and in Wine, a NUL follows a
+// non-empty one in the buffer when there is room). Names and strings are kept in the code page:
+// the wide path is the one every store has by default.
 //
 // A store made with `win64` is a 32-bit process on a 64-bit system: a caller whose access mask
-// lacks KEY_WOW64_64KEY (0x100) sees the 32-bit view, in which, whenever a key on the path has a
-// child named "Wow6432Node", the rest of the path is looked up inside that child. With 0x100,
-// or on a store made without `win64`, paths are taken as they stand.
+// lacks KEY_WOW64_64KEY (0x100) sees the 32-bit view, redirected as the Wine store is: the rest
+// of a path is looked up inside the "Wow6432Node" child of the first key below the start that
+// has one (of the last key when none had), a path naming "Wow6432Node" is taken as it stands,
+// and HKEY_CLASSES_ROOT is its own "Wow6432Node" child. With 0x100, or on a store made without
+// `win64`, paths are taken as they stand. Paths are split as Wine splits them.
 //
 // Handles are small integers; the predefined roots can be used directly and need no closing.
 // Open handles are counted, so that a test can prove that every open was closed.
@@ -118,6 +121,8 @@ class FakeKeyStore : public KeyStore {
     Found WalkHelper(HKEY root, std::string_view path, View view, bool create) const;
     // The key behind a handle that allows `needed`, or the code why there is none.
     LONG Resolve(HKEY key, REGSAM needed, KeyPtr& out) const;
+    // The same for the start of a path, where HKEY_CLASSES_ROOT has a 32-bit view.
+    LONG Start(HKEY key, REGSAM needed, bool view32, KeyPtr& out) const;
     HKEY NewHandle(const KeyPtr& key, REGSAM access);
     LONG DeleteKey(HKEY key, std::string_view subKey, bool view32);
 

@@ -60,10 +60,10 @@ std::vector<std::string> SplitPath(std::string_view path) {
 }
 
 // Wine takes no path that starts with a backslash, but drops one before a path below
-// HKEY_CLASSES_ROOT, as Windows does.
-bool AcceptPath(HKEY key, std::string_view& subKey) {
+// HKEY_CLASSES_ROOT that is opened or deleted (not one that is created), as Windows does.
+bool AcceptPath(HKEY key, std::string_view& subKey, bool creating = false) {
     if (subKey.empty() || subKey[0] != '\\') return true;
-    if (key != hkey::ClassesRoot) return false;
+    if (key != hkey::ClassesRoot || creating) return false;
     subKey.remove_prefix(1);
     return true;
 }
@@ -114,9 +114,10 @@ LONG GiveValue(const RegFileValue& value, DWORD* type, std::uint8_t* data, DWORD
             return regerror::MoreData;
         }
         std::memcpy(data, bytes.data(), bytes.size());
-        // As Windows does: a string stored without its NUL gets one when there is room.
-        if (IsStringType(value.type) && bytes.size() < *dataLength &&
-            (bytes.empty() || bytes.back() != '\0'))
+        // As Windows does: a string stored without its NUL gets one when there is room (an
+        // empty one gets nothing).
+        if (IsStringType(value.type) && bytes.size() < *dataLength && !bytes.empty() &&
+            bytes.back() != '\0')
             data[bytes.size()] = 0;
     }
     if (dataLength) *dataLength = static_cast<DWORD>(bytes.size());
@@ -249,6 +250,10 @@ bool WineKeyStore::View32(REGSAM access) const {
 }
 
 LONG WineKeyStore::Start(HKEY key, REGSAM needed, Spot& spot) const {
+    return Start(key, needed, spot, HandleView32(key));
+}
+
+LONG WineKeyStore::Start(HKEY key, REGSAM needed, Spot& spot, bool view32) const {
     const Spot machine{kMachine, &Hive(kMachine).root()};
     switch (key) {
         case hkey::LocalMachine:
@@ -269,6 +274,9 @@ LONG WineKeyStore::Start(HKEY key, REGSAM needed, Spot& spot) const {
                                false, true);
             if (!root.found) return regerror::FileNotFound;
             spot = root.at;
+            // The 32-bit view's classes root is the redirected one.
+            if (key == hkey::ClassesRoot && view32)
+                if (const Key* node = Node(spot)) spot.key = node;
             return regerror::Success;
         }
         default:
@@ -283,9 +291,8 @@ LONG WineKeyStore::Start(HKEY key, REGSAM needed, Spot& spot) const {
     return spot.key ? regerror::Success : regerror::KeyDeleted;
 }
 
-bool WineKeyStore::RedirectsAt(const Spot& spot, std::string_view next) const {
-    return spot.hive == kMachine && !SameName(next, kWow64Node) && Win64() &&
-           spot.key->Find(kWow64Node);
+const Key* WineKeyStore::Node(const Spot& spot) const {
+    return spot.key && Win64() ? spot.key->Find(kWow64Node) : nullptr;
 }
 
 bool WineKeyStore::IsSharedClasses(const Spot& spot) const {
@@ -293,9 +300,13 @@ bool WineKeyStore::IsSharedClasses(const Spot& spot) const {
            SameName(spot.key->path, "Software\\Classes\\Wow6432Node") && Win64();
 }
 
+// A 32-bit caller is redirected once per path: at the first key below the start that has a
+// Wow6432Node child, or at the end when none had one. A path that names Wow6432Node is not
+// redirected past it, and neither is the first name below the start key, as Wine does.
 WineKeyStore::Walked WineKeyStore::Walk(Spot at, std::string_view subKey, bool view32,
                                         bool followLast) const {
     const std::vector<std::string> parts = SplitPath(subKey);
+    bool redirect = view32;
     for (std::size_t i = 0; i < parts.size(); ++i) {
         const std::string& part = parts[i];
         auto missing = [&] { return Walked{at, false, {parts.begin() + i, parts.end()}}; };
@@ -307,9 +318,14 @@ WineKeyStore::Walked WineKeyStore::Walk(Spot at, std::string_view subKey, bool v
             at = Spot{hive, &Hive(hive).root()};
             continue;
         }
-        if (view32 && RedirectsAt(at, part)) at.key = at.key->Find(kWow64Node);
+        if (SameName(part, kWow64Node)) {
+            redirect = false;
+        } else if (const Key* node = redirect && i > 0 ? Node(at) : nullptr) {
+            at.key = node;
+            redirect = false;
+        }
         const Key* child = at.key->Find(part);
-        if (!child && view32 && IsSharedClasses(at)) {
+        if (!child && view32 && IsSharedClasses(at) && !SameName(part, kWow64Node)) {
             // Shared classes: what the 32-bit view lacks is the 64-bit view's.
             at.key = at.key->parent;
             child = at.key->Find(part);
@@ -319,8 +335,7 @@ WineKeyStore::Walked WineKeyStore::Walk(Spot at, std::string_view subKey, bool v
         if ((i + 1 < parts.size() || followLast) && !FollowLink(at, 0))
             return {at, false, {}, regerror::FileNotFound};
     }
-    if (view32 && at.key && !at.key->IsLink() && RedirectsAt(at, ""))
-        at.key = at.key->Find(kWow64Node);
+    if (redirect && at.key && !at.key->IsLink() && Node(at)) at.key = Node(at);
     return {at, true, {}};
 }
 
@@ -404,7 +419,7 @@ LONG WineKeyStore::Open(HKEY key, std::string_view subKey, DWORD options, REGSAM
     if (!AcceptPath(key, subKey)) return kBadPathname;
     BeginCall();
     Spot spot;
-    if (LONG code = Start(key, 0, spot)) return code;
+    if (LONG code = Start(key, 0, spot, View32(access))) return code;
     Walked walked = Walk(spot, subKey, View32(access), !(options & kOptionOpenLink));
     if (walked.code) return walked.code;
     if (!walked.found) return regerror::FileNotFound;
@@ -598,10 +613,10 @@ LONG WineKeyStore::Create(HKEY key, std::string_view subKey, std::string_view cl
                           REGSAM access, HKEY* result, DWORD* disposition) {
     if (!result) return regerror::InvalidParameter;
     *result = 0;
-    if (!AcceptPath(key, subKey)) return kBadPathname;
+    if (!AcceptPath(key, subKey, true)) return kBadPathname;
     BeginCall();
     Spot spot;
-    if (LONG code = Start(key, 0, spot)) return code;
+    if (LONG code = Start(key, 0, spot, View32(access))) return code;
     Walked walked = Walk(spot, subKey, View32(access), true);
     if (walked.code) return walked.code;
     if (!walked.found) return CreateMissing(key, subKey, className, access, result, disposition);
@@ -616,7 +631,7 @@ LONG WineKeyStore::CreateMissing(HKEY key, std::string_view subKey, std::string_
     WriteLock lock(*this);
     if (lock.code()) return lock.code();
     Spot spot;
-    if (LONG code = Start(key, 0, spot)) return code;
+    if (LONG code = Start(key, 0, spot, View32(access))) return code;
     Walked walked = Walk(spot, subKey, View32(access), true);
     if (walked.code) return walked.code;
     DWORD made = regdisposition::OpenedExistingKey;
@@ -658,7 +673,7 @@ LONG WineKeyStore::DeleteKey(HKEY key, std::string_view subKey, REGSAM access) {
     if (LONG code = Start(key, 0, spot)) return code;
     WriteLock lock(*this);
     if (lock.code()) return lock.code();
-    if (LONG code = Start(key, 0, spot)) return code;
+    if (LONG code = Start(key, 0, spot, View32(access))) return code;
     Walked walked = Walk(spot, subKey, View32(access), true);
     if (walked.code) return walked.code;
     if (!walked.found) return regerror::FileNotFound;

@@ -9,10 +9,12 @@
 // System\CurrentControlSet is ControlSet001 when the file has no key of that name.
 //
 // Views. Optera is a 32-bit program on a 64-bit prefix (`#arch=win64`): a caller without
-// KEY_WOW64_64KEY sees HKEY_LOCAL_MACHINE's 32-bit view, in which, whenever a key on the path
-// has a subkey named Wow6432Node, the rest of the path is looked up inside it; in that view a
-// name that Software\Classes\Wow6432Node lacks is taken from Software\Classes (whose
-// subkeys its enumeration therefore also lists). A 32-bit prefix has no views.
+// KEY_WOW64_64KEY sees the 32-bit view, in which the rest of a path is looked up inside the
+// first key on it (below the start key) that has a subkey named Wow6432Node; a path naming
+// Wow6432Node itself is taken as it stands from there on. This holds in every hive, as in Wine.
+// In that view a name that Software\Classes\Wow6432Node lacks is taken from Software\Classes
+// (whose subkeys its enumeration therefore also lists), and HKEY_CLASSES_ROOT is
+// Software\Classes\Wow6432Node. A 32-bit prefix has no views.
 //
 // Writing. A change is saved at once, atomically, and only when no wineserver runs for the
 // prefix; for the time of the save this store holds the server's lock itself, so that a server
@@ -119,10 +121,13 @@ class WineKeyStore : public KeyStore {
     void BeginCall() const;
     bool Win64() const;
     bool View32(REGSAM access) const;
+    // The key a handle names; HKEY_CLASSES_ROOT is the redirected classes in the 32-bit view.
     LONG Start(HKEY key, REGSAM needed, Spot& spot) const;
+    LONG Start(HKEY key, REGSAM needed, Spot& spot, bool view32) const;
     Walked Walk(Spot from, std::string_view subKey, bool view32, bool followLast) const;
     bool FollowLink(Spot& spot, int depth) const;
-    bool RedirectsAt(const Spot& spot, std::string_view next) const;
+    // The Wow6432Node child a 32-bit caller is redirected to; null on a 32-bit prefix.
+    const WineHive::Key* Node(const Spot& spot) const;
     bool IsSharedClasses(const Spot& spot) const;
     struct Subkey;
     // The subkeys a handle lists; in the 32-bit view the shared classes add the 64-bit ones.

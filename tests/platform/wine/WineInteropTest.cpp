@@ -98,6 +98,14 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
             << value.name;
     ASSERT_EQ(Write(store, hkey::LocalMachine, "Software\\Optera", "View", regtype::Sz, Sz("32")),
               0);
+    // With a Wow6432Node inside Wow6432Node, a 32-bit path naming the node still means the key
+    // Wine's 32-bit view finds there.
+    ASSERT_EQ(Write(store, hkey::LocalMachine, "Software\\Wow6432Node\\Wow6432Node", "",
+                    regtype::Sz, Sz("nested"), regaccess::Wow64_64Key),
+              0);
+    ASSERT_EQ(Write(store, hkey::LocalMachine, "Software\\Wow6432Node\\Optera", "Named",
+                    regtype::Sz, Sz("node")),
+              0);
 
     EXPECT_NE(temp.Read("pfx/user.reg").find("\n\"Counted\"=\"1920x1080\"\n"), std::string::npos);
 
@@ -126,6 +134,10 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
             << shown;
     EXPECT_EQ(Shell(prefix, wine + " reg query 'HKLM\\Software\\Optera' /reg:32", &shown), 0);
     EXPECT_NE(shown.find("    View    REG_SZ    32\r\n"), std::string::npos) << shown;
+    EXPECT_EQ(
+        Shell(prefix, wine + " reg query 'HKLM\\Software\\Wow6432Node\\Optera' /reg:32", &shown),
+        0);
+    EXPECT_NE(shown.find("    Named    REG_SZ    node\r\n"), std::string::npos) << shown;
     EXPECT_NE(Shell(prefix, wine + " reg query 'HKLM\\Software\\Optera' /reg:64"), 0);
 
     // And here is read what Wine wrote, once its server saved it.
@@ -149,6 +161,9 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
             << value.name;
     ASSERT_EQ(Shell(prefix, wine + " reg add 'HKLM\\Software\\Optera' /v Theirs32 /d x86 /reg:32"),
               0);
+    ASSERT_EQ(Shell(prefix, wine + " reg add 'HKLM\\Software\\Wow6432Node\\Optera' /v Nested /d n "
+                                   "/reg:32"),
+              0);
     ASSERT_EQ(Shell(prefix, "wineserver -k && wineserver -w"), 0);
     EXPECT_EQ(store.WhyNotWritable(), "");
     for (const Theirs& value : theirs)
@@ -156,6 +171,7 @@ TEST(WineInterop, RegistryPassesBothWaysAndALiveServerIsRespected) {
                   value.read)
             << value.name;
     EXPECT_EQ(ReadText(store, hkey::LocalMachine, "Software\\Optera", "Theirs32"), "x86");
+    EXPECT_EQ(ReadText(store, hkey::LocalMachine, "Software\\Wow6432Node\\Optera", "Nested"), "n");
     EXPECT_EQ(
         ReadText(store, hkey::LocalMachine, "Software\\Optera", "Theirs32", regaccess::Wow64_64Key),
         "<missing>");
