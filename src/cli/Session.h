@@ -1,6 +1,6 @@
 #pragma once
-// What every command works on: the machine (a Wine prefix), the program folder with its
-// Optera.ini, MODS and SKINS, and the profile service over the machine's files.
+// What every command works on: the core's session (the machine, the program folder and the
+// services) with the console's prompts.
 
 #include <filesystem>
 #include <memory>
@@ -8,51 +8,35 @@
 #include <string>
 
 #include "cli/ConsolePrompts.h"
-#include "platform/wine/WineMachine.h"
-#include "recipes/RecipeReader.h"
-#include "services/cPrivateProfile.h"
-#include "services/cRegistry.h"
+#include "core/Session.h"
 
 namespace optera::cli {
 
-struct SessionOptions {
-    std::filesystem::path home;    // empty: $OPTERA_HOME, then the executable's folder
-    std::filesystem::path prefix;  // empty: $WINEPREFIX, then ~/.wine
-    std::filesystem::path executableFolder;
-};
+using SessionOptions = core::SessionOptions;
 
 class Session {
   public:
-    // nullopt with a reason in `error` when there is no usable program folder.
+    // nullptr with a reason in `error` when there is no usable program folder.
     static std::unique_ptr<Session> Open(const SessionOptions& options, std::string& error);
 
-    platform::Machine machine() { return wine_.machine(); }
-    services::cPrivateProfile& profile() { return profile_; }
-    services::cRegistry& registry() { return registry_; }
-    recipes::RecipeState& recipeState() { return recipeState_; }
-    recipes::RecipeReader& reader() { return reader_; }
-    ConsolePrompts& prompts() { return prompts_; }
-    platform::WineMachine& wine() { return wine_; }
-    // The program folder as the machine names it, without a trailing backslash.
-    const std::string& programFolder() const { return programFolder_; }
-    std::string modsFolder() const { return programFolder_ + "\\MODS"; }
-    // The host path of a Windows path, for messages.
-    std::string HostPathOf(const std::string& windowsPath);
+    core::Session& core() { return *core_; }
+    platform::Machine machine() { return core_->machine(); }
+    services::cPrivateProfile& profile() { return core_->profile(); }
+    services::cRegistry& registry() { return core_->registry(); }
+    recipes::RecipeState& recipeState() { return core_->recipeState(); }
+    recipes::RecipeReader& reader() { return core_->reader(); }
+    ConsolePrompts& prompts() { return *prompts_; }
+    const std::string& programFolder() const { return core_->programFolder(); }
+    std::string modsFolder() const { return core_->modsFolder(); }
+    std::string HostPathOf(const std::string& windowsPath) {
+        return core_->HostPathOf(windowsPath);
+    }
 
   private:
-    Session(const std::filesystem::path& prefix, std::string programFolder);
+    Session() = default;
 
-    platform::WineMachine wine_;
-    services::cPrivateProfile profile_;
-    std::string programFolder_;
-    ConsolePrompts prompts_;
-    services::cRegistry registry_;
-    recipes::RecipeState recipeState_;
-    recipes::RecipeReader reader_;
+    std::unique_ptr<ConsolePrompts> prompts_;
+    std::unique_ptr<core::Session> core_;
 };
-
-// The program folder: the one given, else $OPTERA_HOME, else the executable's folder when it
-// holds Optera.ini, else the per-user data folder.
-std::filesystem::path ResolveHome(const SessionOptions& options);
 
 }  // namespace optera::cli

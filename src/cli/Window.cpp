@@ -1,5 +1,6 @@
 #include "cli/Window.h"
 
+#include "core/StartUp.h"
 #include "discovery/GameStatus.h"
 #include "platform/WindowsPath.h"
 #include "text/NoCase.h"
@@ -25,44 +26,10 @@ void ConsoleDialogs::ShowModal(forms::Form& dialog) {
 Window::Window(Session& session)
     : session_(session),
       dialogs_(session.prompts()),
-      regFiles_(session.wine().registry(), session.wine().files()),
-      logic_({session.machine(), session.profile(), session.registry(), session.prompts(),
-              regFiles_, session.programFolder()},
-             gui_, dialogs_) {}
+      logic_(session.core().WindowServices(), gui_, dialogs_) {}
 
 bool Window::Start(std::string& error) {
-    services::cPrivateProfile& profile = session_.profile();
-    const std::string ini = logic_.OpteraIni();
-    const std::string skin = profile.GetIniStringValue(ini, "SETUP", "Skin");
-    const std::string skinIni =
-        platform::JoinPath(session_.programFolder(), "SKINS\\" + skin + "\\skin.ini");
-    if (skin.empty() || !platform::FileExists(session_.machine().files, skinIni)) {
-        error = "there is no skin: " + session_.HostPathOf(skinIni) +
-                " is missing (Optera.ini names the skin in [SETUP] Skin=)";
-        return false;
-    }
-    auto number = [&](const char* key) {
-        std::string value = profile.GetIniStringValue(skinIni, "GAMEDETECTIONCOLOURS", key);
-        return static_cast<forms::Colour>(
-            text::RoundToInt32(text::LeadingNumber(value)).value_or(0));
-    };
-    gui_.GO_Color = number("GO_Color");
-    gui_.GCNF_Color = number("GCNF_Color");
-    gui_.GNO_Color = number("GNO_Color");
-    gui_.GND_Color = number("GND_Color");
-    gui_.GHNTS_Color = number("GHNTS_Color");
-    gui_.ShowAllGames =
-        text::EqualsNoCase(profile.GetIniStringValue(ini, "SETUP", "ShowAllGames"), "True");
-    gui_.NativeMessages.clear();
-    for (const std::string& line :
-         profile.GetIniSection(ini, "NATIVEMSG").value_or(std::vector<std::string>{""})) {
-        std::vector<std::string> pieces = text::Split(line, "=");
-        gui_.NativeMessages.push_back(pieces.size() > 1 ? pieces[1] : line);
-    }
-    logic_.WebSiteAddress = profile.GetIniStringValue(ini, "SETUP", "KelvanOpteraWebSite");
-    logic_.BuildResolutionList();
-    logic_.FillGameList();
-    return true;
+    return core::StartMainWindow(session_.core(), logic_, error);
 }
 
 int Window::LineOf(std::string_view game) {

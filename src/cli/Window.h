@@ -9,7 +9,6 @@
 
 #include "cli/Session.h"
 #include "mainwindow/MainWindowLogic.h"
-#include "optimizer/RegistryFiles.h"
 
 namespace optera::cli {
 
@@ -54,7 +53,6 @@ class Window {
     Session& session_;
     mainwindow::MainWindow gui_;
     ConsoleDialogs dialogs_;
-    optimizer::KeyStoreRegistryFiles regFiles_;
     mainwindow::MainWindowLogic logic_;
 };
 

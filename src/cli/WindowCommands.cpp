@@ -208,7 +208,7 @@ int LocateGameCommand(Window& window, Session& session, const std::string& game,
         return refused;
     std::string windows = exe;
     if (!exe.empty() && exe.front() == '/') {
-        auto mapped = session.wine().files().ToWindowsPath(exe);
+        auto mapped = session.core().WindowsPathOf(exe);
         if (!mapped) {
             err << "optera-cli: " << Utf8(exe) << " is on no drive of the prefix\n";
             return 2;
