@@ -5,7 +5,7 @@
 
 #include <ostream>
 
-#include "discovery/paths/PathExpansion.h"
+#include "paths/PathExpansion.h"
 #include "platform/WindowsPath.h"
 #include "text/NoCase.h"
 #include "text/Number.h"

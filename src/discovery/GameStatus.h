@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "mainwindow/model/MainWindow.h"
+#include "windowmodel/MainWindow.h"
 #include "platform/FileSystem.h"
 #include "recipes/GameRecord.h"
 

@@ -4,7 +4,7 @@
 
 #include "discovery/GameStatus.h"
 #include "mainwindow/MainWindowLogic.h"
-#include "mainwindow/model/GameMessage.h"
+#include "windowmodel/GameMessage.h"
 #include "recipes/KeywordExpansion.h"
 
 namespace optera::mainwindow {

@@ -5,7 +5,7 @@
 #include "discovery/GameStatus.h"
 #include "mainwindow/ExchangeSort.h"
 #include "mainwindow/MainWindowLogic.h"
-#include "mainwindow/model/GameMessage.h"
+#include "windowmodel/GameMessage.h"
 #include "platform/WindowsPath.h"
 #include "text/NoCase.h"
 #include "text/Split.h"

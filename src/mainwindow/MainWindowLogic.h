@@ -14,7 +14,7 @@
 
 #include "discovery/Scanner.h"
 #include "mainwindow/Dialogs.h"
-#include "mainwindow/model/MainWindow.h"
+#include "windowmodel/MainWindow.h"
 #include "optimizer/Optimizer.h"
 #include "platform/Machine.h"
 #include "platform/Prompts.h"

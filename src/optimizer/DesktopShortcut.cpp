@@ -1,6 +1,6 @@
 // The desktop shortcut of the game in hand.
-#include "discovery/paths/PathExpansion.h"
-#include "discovery/paths/SpecialFolderPath.h"
+#include "paths/PathExpansion.h"
+#include "paths/SpecialFolderPath.h"
 #include "optimizer/Optimizer.h"
 #include "platform/WindowsPath.h"
 #include "recipes/Location.h"

@@ -3,7 +3,7 @@
 #include <map>
 
 #include "discovery/GameStatus.h"
-#include "mainwindow/model/GameMessage.h"
+#include "windowmodel/GameMessage.h"
 #include "optimizer/BufferedFile.h"
 #include "optimizer/ConfigFileEdit.h"
 #include "optimizer/RegistryModifications.h"

@@ -13,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-#include "mainwindow/model/MainWindow.h"
+#include "windowmodel/MainWindow.h"
 #include "optimizer/RegistryFiles.h"
 #include "optimizer/RunReport.h"
 #include "platform/Machine.h"

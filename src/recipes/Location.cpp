@@ -3,7 +3,7 @@
 #include <set>
 #include <utility>
 
-#include "discovery/paths/PathExpansion.h"
+#include "paths/PathExpansion.h"
 #include "text/NoCase.h"
 #include "text/Split.h"
 #include "text/Wildcard.h"

@@ -1,6 +1,6 @@
 #include "recipes/RecipeReader.h"
 
-#include "discovery/paths/PathExpansion.h"
+#include "paths/PathExpansion.h"
 #include "platform/WindowsPath.h"
 #include "recipes/KeywordExpansion.h"
 #include "recipes/Location.h"

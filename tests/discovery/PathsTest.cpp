@@ -2,8 +2,8 @@
 
 #include <array>
 
-#include "discovery/paths/PathExpansion.h"
-#include "discovery/paths/SpecialFolderPath.h"
+#include "paths/PathExpansion.h"
+#include "paths/SpecialFolderPath.h"
 #include "platform/fake/FakeMachine.h"
 
 using namespace optera::discovery;

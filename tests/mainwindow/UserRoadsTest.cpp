@@ -9,7 +9,7 @@
 #include <filesystem>
 
 #include "mainwindow/MainWindowLogic.h"
-#include "mainwindow/model/GameMessage.h"
+#include "windowmodel/GameMessage.h"
 #include "platform/fake/ScriptedPrompts.h"
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/PrefixChangeLock.h"

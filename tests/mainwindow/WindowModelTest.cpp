@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "mainwindow/model/GameMessage.h"
-#include "mainwindow/model/MainWindow.h"
+#include "windowmodel/GameMessage.h"
+#include "windowmodel/MainWindow.h"
 
 using namespace optera;
 using mainwindow::GameMessage;

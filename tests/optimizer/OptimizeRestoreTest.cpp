@@ -7,7 +7,7 @@
 #include <filesystem>
 
 #include "discovery/GameStatus.h"
-#include "mainwindow/model/GameMessage.h"
+#include "windowmodel/GameMessage.h"
 #include "optimizer/Optimizer.h"
 #include "platform/fake/ScriptedPrompts.h"
 #include "platform/wine/HostFiles.h"

@@ -2,7 +2,7 @@
 // The services the window and the optimizer are built on, over a fake machine, wired as the
 // program wires them; the window's model in `gui`.
 
-#include "mainwindow/model/MainWindow.h"
+#include "windowmodel/MainWindow.h"
 #include "optimizer/RegistryFiles.h"
 #include "platform/fake/FakeMachine.h"
 #include "platform/fake/ScriptedPrompts.h"

@@ -1,4 +1,4 @@
-#include "mainwindow/model/MainWindow.h"
+#include "windowmodel/MainWindow.h"
 
 #include <cstdlib>
 

@@ -1,6 +1,6 @@
-#include "discovery/paths/PathExpansion.h"
+#include "paths/PathExpansion.h"
 
-#include "discovery/paths/SpecialFolderPath.h"
+#include "paths/SpecialFolderPath.h"
 
 namespace optera::discovery {
 

@@ -1,4 +1,4 @@
-#include "mainwindow/model/GameMessage.h"
+#include "windowmodel/GameMessage.h"
 
 namespace optera::mainwindow {
 

@@ -1,4 +1,4 @@
-#include "discovery/paths/SpecialFolderPath.h"
+#include "paths/SpecialFolderPath.h"
 
 #include <array>
 

@@ -1,0 +1,2 @@
+// Builds: the window's logic may use the services below it.
+#include "services/cRegistry.h"

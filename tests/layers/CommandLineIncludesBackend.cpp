@@ -1,0 +1,2 @@
+// Must not build: a front end reaching the backend past the composition root.
+#include "platform/wine/WineMachine.h"
