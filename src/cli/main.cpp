@@ -1,6 +1,8 @@
 // optera-cli: Optera's work from a terminal, on a Wine prefix.
 #include <CLI/CLI.hpp>
 
+#include <unistd.h>
+
 #include <csignal>
 #include <iostream>
 
@@ -29,6 +31,7 @@ int main(int argc, char** argv) {
     app.require_subcommand(1);
     SessionOptions options;
     options.executableFolder = ExecutableFolder(argv[0]);
+    options.terminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
     app.add_option("--home", options.home, "Program folder (Optera.ini, MODS, SKINS)");
     app.add_option("--prefix", options.prefix, "Wine prefix (default $WINEPREFIX, then ~/.wine)");
     bool yes = false, no = false;

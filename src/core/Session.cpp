@@ -43,6 +43,7 @@ std::unique_ptr<Session> Session::Open(const SessionOptions& options, platform::
     fs::path prefix =
         options.prefix.empty() ? platform::WineMachine::DefaultPrefix() : options.prefix;
     auto backend = std::make_unique<Backend>(fs::absolute(prefix, ec));
+    backend->wine.shell().UseTerminal(options.terminal);
     auto folder = backend->wine.files().ToWindowsPath(fs::canonical(home, ec));
     if (!folder) {
         error = "the program folder " + home.string() + " is on no drive of the prefix";

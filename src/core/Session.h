@@ -22,6 +22,8 @@ struct SessionOptions {
     std::filesystem::path home;    // empty: $OPTERA_HOME, the executable's folder, per-user data
     std::filesystem::path prefix;  // empty: $WINEPREFIX, then ~/.wine
     std::filesystem::path executableFolder;
+    // The front end runs on a terminal the user types at: the user's editor opens there.
+    bool terminal = false;
 };
 
 class Session {

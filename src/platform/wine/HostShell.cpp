@@ -5,8 +5,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <chrono>
-#include <thread>
 
 #include "platform/WindowsPath.h"
 #include "text/NoCase.h"
@@ -26,20 +24,22 @@ bool IsAddress(std::string_view target) {
            text::StartsWithNoCase(target, "mailto:");
 }
 
-// The child's side of RunProgram: never returns.
-[[noreturn]] void Exec(const std::vector<std::string>& argv,
-                       const std::vector<std::string>& environment, int report) {
-    std::vector<char*> args, env;
-    for (const std::string& arg : argv) args.push_back(const_cast<char*>(arg.c_str()));
-    args.push_back(nullptr);
-    for (const std::string& entry : environment) env.push_back(const_cast<char*>(entry.c_str()));
-    env.push_back(nullptr);
-    int devNull = ::open("/dev/null", O_RDWR);
+// Pointers for the exec call into strings that outlive it, made before the fork: the child of
+// a process with threads (the window's toolkit has some) must not allocate before it execs.
+std::vector<char*> NullTerminated(const std::vector<std::string>& strings) {
+    std::vector<char*> pointers;
+    for (const std::string& entry : strings) pointers.push_back(const_cast<char*>(entry.c_str()));
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+// The child's side: never returns. Only calls that are safe after a fork.
+[[noreturn]] void Exec(char* const* argv, char* const* envp, int devNull, int report) {
     if (devNull >= 0) {
         ::dup2(devNull, STDIN_FILENO);
         ::dup2(devNull, STDOUT_FILENO);
     }
-    ::execvpe(args[0], args.data(), env.data());
+    ::execvpe(argv[0], argv, envp);
     const char failed = 1;
     (void)!::write(report, &failed, 1);
     ::_exit(127);
@@ -47,43 +47,44 @@ bool IsAddress(std::string_view target) {
 
 }  // namespace
 
-bool RunProgram(const std::vector<std::string>& argv, const std::vector<std::string>& environment,
-                int waitSeconds) {
-    if (argv.empty()) return false;
+bool RunProgram(const std::vector<std::string>& argvIn, const std::vector<std::string>& environment,
+                Launch launch) {
+    if (argvIn.empty()) return false;
+    std::vector<char*> argv = NullTerminated(argvIn), envp = NullTerminated(environment);
+    const bool detached = launch == Launch::Detached;
+    const int devNull = detached ? ::open("/dev/null", O_RDWR | O_CLOEXEC) : -1;
     int report[2];
-    if (::pipe2(report, O_CLOEXEC) != 0) return false;
-    const pid_t child = ::fork();
-    if (child < 0) {
-        ::close(report[0]);
-        ::close(report[1]);
+    if (::pipe2(report, O_CLOEXEC) != 0) {
+        if (devNull >= 0) ::close(devNull);
         return false;
     }
+    const pid_t child = ::fork();
     if (child == 0) {
         ::close(report[0]);
+        if (!detached) Exec(argv.data(), envp.data(), devNull, report[1]);
+        // Detached: a session of its own, in a grandchild that is never our zombie.
         ::setsid();
-        if (waitSeconds > 0) Exec(argv, environment, report[1]);
-        // Not waited for: a grandchild, so that it never lingers as our zombie.
-        if (::fork() == 0) Exec(argv, environment, report[1]);
+        if (::fork() == 0) Exec(argv.data(), envp.data(), devNull, report[1]);
         ::_exit(0);
     }
     ::close(report[1]);
+    if (devNull >= 0) ::close(devNull);
+    if (child < 0) {
+        ::close(report[0]);
+        return false;
+    }
+    // The pipe closes at the exec (nothing read) or carries the failure.
     char failed = 0;
-    const bool started = ::read(report[0], &failed, 1) == 0;
+    ssize_t got;
+    while ((got = ::read(report[0], &failed, 1)) < 0 && errno == EINTR) {
+    }
     ::close(report[0]);
-    if (waitSeconds <= 0) {
-        ::waitpid(child, nullptr, 0);
-        return started;
-    }
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(waitSeconds);
+    const bool started = got == 0;
     int status = 0;
-    while (std::chrono::steady_clock::now() < deadline) {
-        pid_t done = ::waitpid(child, &status, WNOHANG);
-        if (done == child) return started && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-        if (done < 0 && errno != EINTR) return started;
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    // Still running: it has found something to open the target with.
-    return started;
+    if (detached) return started;
+    return started && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 std::string HostShell::HostPathOf(std::string_view path) const {
@@ -100,23 +101,36 @@ std::vector<std::string> HostShell::Environment() const {
     return entries;
 }
 
+std::vector<std::string> HostShell::EditorCommand(const std::string& hostFile) const {
+    for (const char* variable : {"VISUAL", "EDITOR"}) {
+        auto editor = host_.find(variable);
+        if (editor == host_.end() || editor->second.empty()) continue;
+        // The variable may hold arguments of its own ("code --wait").
+        return {"/bin/sh", "-c", editor->second + " \"$1\"", "sh", hostFile};
+    }
+    return {};
+}
+
 bool HostShell::Open(std::string_view target) {
-    std::string what = IsAddress(target) ? Unquoted(target) : HostPathOf(target);
-    return RunProgram({"xdg-open", what}, Environment(), 10);
+    if (IsAddress(target))
+        return RunProgram({"xdg-open", Unquoted(target)}, Environment(), Launch::Detached);
+    const std::string file = HostPathOf(target);
+    // On a terminal, a document is opened in the user's editor there, as a terminal user
+    // expects of a command that opens a file.
+    if (std::vector<std::string> editor = EditorCommand(file); terminal_ && !editor.empty())
+        return RunProgram(editor, Environment(), Launch::Foreground);
+    return RunProgram({"xdg-open", file}, Environment(), Launch::Detached);
 }
 
 bool HostShell::Start(std::string_view program, std::string_view argument) {
     if (text::EqualsNoCase(NameOf(program), "notepad.exe")) {
-        for (const char* variable : {"VISUAL", "EDITOR"}) {
-            auto editor = host_.find(variable);
-            if (editor == host_.end() || editor->second.empty()) continue;
-            // The variable may hold arguments of its own ("code --wait").
-            return RunProgram(
-                {"/bin/sh", "-c", editor->second + " \"$1\"", "sh", HostPathOf(argument)},
-                Environment(), 0);
-        }
+        std::vector<std::string> editor = EditorCommand(HostPathOf(argument));
+        if (!editor.empty())
+            return RunProgram(editor, Environment(),
+                              terminal_ ? Launch::Foreground : Launch::Detached);
     }
-    return RunProgram({"wine", std::string(program), Unquoted(argument)}, Environment(), 0);
+    return RunProgram({"wine", std::string(program), Unquoted(argument)}, Environment(),
+                      Launch::Detached);
 }
 
 }  // namespace optera::platform

@@ -2,7 +2,9 @@
 // The desktop's shell on Linux, for a Wine prefix: documents and addresses go to `xdg-open`
 // (the desktop's default program for them); programs start with Wine in the prefix, except the
 // system's text editor (notepad.exe), for which the user's own editor ($VISUAL, then $EDITOR)
-// is taken when one is set.
+// is taken when one is set. Everything started runs on its own and the call returns as soon as
+// it has started, except the user's editor for a program run on a terminal: that editor is
+// most likely a terminal program, so it gets the terminal and the call waits until it ends.
 
 #include <string>
 #include <vector>
@@ -21,19 +23,29 @@ class HostShell : public Shell {
     bool Open(std::string_view target) override;
     bool Start(std::string_view program, std::string_view argument) override;
 
+    // Whether the program runs on a terminal the user types at (the command line does).
+    void UseTerminal(bool terminal) { terminal_ = terminal; }
+
   private:
     // A Windows path (quotes allowed) as a host path; the text itself when it is not one.
     std::string HostPathOf(std::string_view path) const;
     std::vector<std::string> Environment() const;
+    // The user's editor ($VISUAL, then $EDITOR) opening a host file; empty when none is set.
+    std::vector<std::string> EditorCommand(const std::string& hostFile) const;
 
     const WineFileSystem& files_;
     EnvironmentVariables host_;
+    bool terminal_ = false;
 };
 
-// Starts a program with its arguments and the given environment; it runs on after we return.
-// With `waitSeconds` above 0 waits up to that long for it to end: false when it ended with a
-// status other than 0. False whenever the program could not be started at all.
+enum class Launch {
+    Detached,    // on its own, without the terminal; the call returns once it has started
+    Foreground,  // on our terminal; the call waits for it to end
+};
+
+// Starts a program with its arguments and the given environment. False when it could not be
+// started at all, or (in the foreground) when it ended with a status other than 0.
 bool RunProgram(const std::vector<std::string>& argv, const std::vector<std::string>& environment,
-                int waitSeconds);
+                Launch launch);
 
 }  // namespace optera::platform
