@@ -3,12 +3,14 @@
 // machine is a Wine prefix (platform/wine), in tests an in-memory one (platform/fake).
 
 #include "platform/ChangeLock.h"
+#include "platform/DesktopLook.h"
 #include "platform/DesktopShortcuts.h"
 #include "platform/Display.h"
 #include "platform/Environment.h"
 #include "platform/FileSystem.h"
 #include "platform/KeyStore.h"
 #include "platform/Shell.h"
+#include "platform/SingleInstance.h"
 #include "platform/SpecialFolders.h"
 #include "platform/UserSettings.h"
 
@@ -24,6 +26,8 @@ struct Machine {
     Display& display;
     Shell& shell;
     ChangeLock& changeLock;
+    DesktopLook& look;
+    SingleInstance& instance;
 };
 
 }  // namespace optera::platform

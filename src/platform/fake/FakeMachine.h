@@ -98,6 +98,24 @@ class FakeChangeLock : public ChangeLock {
     int depth_ = 0;
 };
 
+// A desktop of 96 dots per inch with the default colours, unless a test sets its own.
+class FakeDesktopLook : public DesktopLook {
+  public:
+    int dotsPerInch = 96;
+    std::map<int, std::uint32_t> colours;
+    int DotsPerInch() const override { return dotsPerInch; }
+    std::optional<std::uint32_t> SystemColour(int index) const override {
+        auto it = colours.find(index);
+        return it == colours.end() ? std::nullopt : std::optional<std::uint32_t>(it->second);
+    }
+};
+
+class FakeSingleInstance : public SingleInstance {
+  public:
+    bool anotherRunning = false;
+    bool AnotherIsRunning() override { return anotherRunning; }
+};
+
 struct FakeMachine {
     FakeFileSystem files;
     FakeKeyStore registry{true};  // a 64-bit machine, with both views
@@ -108,10 +126,12 @@ struct FakeMachine {
     FakeDisplay display;
     FakeShell shell;
     FakeChangeLock changeLock;
+    FakeDesktopLook look;
+    FakeSingleInstance instance;
 
     Machine machine() {
-        return Machine{files,     registry, environment, specialFolders, userSettings,
-                       shortcuts, display,  shell,       changeLock};
+        return Machine{files,   registry, environment, specialFolders, userSettings, shortcuts,
+                       display, shell,    changeLock,  look,           instance};
     }
 };
 

@@ -17,7 +17,9 @@ WineMachine::WineMachine(fs::path prefix, const EnvironmentVariables& host, fs::
       shortcuts_(files_, host),
       display_(host),
       shell_(files_, host),
-      changeLock_(files_.prefix(), PrefixChangeLock::PatienceFrom(host)) {}
+      changeLock_(files_.prefix(), PrefixChangeLock::PatienceFrom(host)),
+      look_(registry_),
+      instance_(HostSingleInstance::DefaultLockFile(host)) {}
 
 fs::path WineMachine::DefaultPrefix(const EnvironmentVariables& host) {
     auto prefix = host.find("WINEPREFIX");

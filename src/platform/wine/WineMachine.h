@@ -7,8 +7,10 @@
 #include "platform/Machine.h"
 #include "platform/wine/HostDisplay.h"
 #include "platform/wine/HostShell.h"
+#include "platform/wine/HostSingleInstance.h"
 #include "platform/wine/PrefixChangeLock.h"
 #include "platform/wine/UserSettingsFile.h"
+#include "platform/wine/WineDesktopLook.h"
 #include "platform/wine/WineDesktopShortcuts.h"
 #include "platform/wine/WineEnvironment.h"
 #include "platform/wine/WineFileSystem.h"
@@ -41,10 +43,13 @@ class WineMachine {
     HostDisplay& display() { return display_; }
     HostShell& shell() { return shell_; }
     PrefixChangeLock& changeLock() { return changeLock_; }
+    WineDesktopLook& look() { return look_; }
+    HostSingleInstance& instance() { return instance_; }
 
     Machine machine() {
-        return Machine{files_,     registry_, environment_, specialFolders_, userSettings_,
-                       shortcuts_, display_,  shell_,       changeLock_};
+        return Machine{files_,        registry_,  environment_, specialFolders_,
+                       userSettings_, shortcuts_, display_,     shell_,
+                       changeLock_,   look_,      instance_};
     }
 
   private:
@@ -57,6 +62,8 @@ class WineMachine {
     HostDisplay display_;
     HostShell shell_;
     PrefixChangeLock changeLock_;
+    WineDesktopLook look_;
+    HostSingleInstance instance_;
 };
 
 }  // namespace optera::platform
