@@ -1,4 +1,5 @@
 #include "cli/Window.h"
+#include "forms/Names.h"
 
 #include "core/StartUp.h"
 #include "discovery/GameStatus.h"
@@ -17,7 +18,7 @@ void ConsoleDialogs::ShowModal(forms::Form& dialog) {
         confirmed =
             prompts_.ShowMessage({dialog.Caption(), text, platform::MessageButtons::YesNo,
                                   platform::MessageIcon::Question}) == platform::MessageAnswer::Yes;
-        dialog.Find(confirmed ? "YesButton" : "NoButton")->Raise("Click");
+        dialog.Find(confirmed ? "YesButton" : "NoButton")->Raise(forms::event::Click);
         return;
     }
     dialog.SetVisible(false);
@@ -43,7 +44,7 @@ int Window::LineOf(std::string_view game) {
 
 void Window::Select(int line) {
     gui_.GameList().Select(line);
-    gui_.GameList().Raise("Click");
+    gui_.GameList().Raise(forms::event::Click);
 }
 
 void Window::Activate() {
@@ -60,7 +61,7 @@ bool Window::SelectResolution(std::string_view resolution) {
     for (int i = 1; i <= rows.ItemCount(); ++i) {
         if (!text::EqualsNoCase(rows.Item(i)->Text, resolution)) continue;
         rows.Select(i);
-        rows.Raise("Click");
+        rows.Raise(forms::event::Click);
         return true;
     }
     return false;

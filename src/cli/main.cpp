@@ -9,6 +9,7 @@
 #include "cli/Commands.h"
 #include "cli/TerminalText.h"
 #include "cli/WindowCommands.h"
+#include "forms/Names.h"
 
 namespace {
 
@@ -127,7 +128,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     prompts.onInterrupt = [&window] {
-        window.logic().scanner().Form().Find("CancelBtn")->Raise("Click");
+        window.logic().scanner().Form().Find("CancelBtn")->Raise(optera::forms::event::Click);
     };
     std::signal(SIGINT, Interrupted);
     const GameChoice choice{game, resolution};

@@ -1,4 +1,5 @@
 #include "forms/Control.h"
+#include "forms/Names.h"
 
 #include "forms/Form.h"
 #include "forms/KindProperties.h"
@@ -29,9 +30,9 @@ bool Control::Set(std::string_view property, const PropertyValue& value) {
     if (*converted == it->second) return true;
     it->second = std::move(*converted);
     Changed(it->first);
-    if (text::EqualsNoCase(it->first, "Text")) Raise("Change");
-    if (text::EqualsNoCase(it->first, "Value") && text::EqualsNoCase(kind_, "CheckBox"))
-        Raise("Click");
+    if (text::EqualsNoCase(it->first, property::Text)) Raise(event::Change);
+    if (text::EqualsNoCase(it->first, property::Value) && text::EqualsNoCase(kind_, "CheckBox"))
+        Raise(event::Click);
     return true;
 }
 
@@ -157,7 +158,7 @@ void Control::UserChecks(int index) {
     SetItemChecked(index, !item->Checked);
     EventArgs args;
     args.line = index;
-    Raise("ItemCheck", args);
+    Raise(event::ItemCheck, args);
 }
 
 void Control::ClearColumnHeaders() {
@@ -172,9 +173,9 @@ void Control::AddColumnHeader(std::string_view caption) {
 }
 
 void Control::Tick() {
-    auto interval = Get("Interval");
+    auto interval = Get(property::Interval);
     if (!interval || !Enabled() || std::get<std::int32_t>(*interval) <= 0) return;
-    Raise("Timer");
+    Raise(event::Timer);
 }
 
 }  // namespace optera::forms

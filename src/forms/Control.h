@@ -31,6 +31,7 @@
 #include "forms/Change.h"
 #include "forms/Events.h"
 #include "forms/ListItems.h"
+#include "forms/Names.h"
 #include "forms/PropertyValue.h"
 #include "text/NoCase.h"
 
@@ -62,22 +63,22 @@ class Control {
 
     // Typed access to the common properties; a kind without the property reads as the zero
     // value and ignores the write.
-    bool Visible() const { return GetBool("Visible"); }
-    void SetVisible(bool value) { Set("Visible", value); }
-    bool Enabled() const { return GetBool("Enabled"); }
-    void SetEnabled(bool value) { Set("Enabled", value); }
-    Colour ForeColor() const { return static_cast<Colour>(GetInt("ForeColor")); }
-    void SetForeColor(Colour value) { Set("ForeColor", static_cast<std::int32_t>(value)); }
-    Colour BackColor() const { return static_cast<Colour>(GetInt("BackColor")); }
-    void SetBackColor(Colour value) { Set("BackColor", static_cast<std::int32_t>(value)); }
-    std::string Caption() const { return GetText("Caption"); }
-    void SetCaption(std::string_view value) { Set("Caption", std::string(value)); }
-    std::string Text() const { return GetText("Text"); }
-    void SetText(std::string_view value) { Set("Text", std::string(value)); }
-    double Left() const { return GetNumber("Left"); }
-    double Top() const { return GetNumber("Top"); }
-    double Width() const { return GetNumber("Width"); }
-    double Height() const { return GetNumber("Height"); }
+    bool Visible() const { return GetBool(property::Visible); }
+    void SetVisible(bool value) { Set(property::Visible, value); }
+    bool Enabled() const { return GetBool(property::Enabled); }
+    void SetEnabled(bool value) { Set(property::Enabled, value); }
+    Colour ForeColor() const { return static_cast<Colour>(GetInt(property::ForeColor)); }
+    void SetForeColor(Colour value) { Set(property::ForeColor, static_cast<std::int32_t>(value)); }
+    Colour BackColor() const { return static_cast<Colour>(GetInt(property::BackColor)); }
+    void SetBackColor(Colour value) { Set(property::BackColor, static_cast<std::int32_t>(value)); }
+    std::string Caption() const { return GetText(property::Caption); }
+    void SetCaption(std::string_view value) { Set(property::Caption, std::string(value)); }
+    std::string Text() const { return GetText(property::Text); }
+    void SetText(std::string_view value) { Set(property::Text, std::string(value)); }
+    double Left() const { return GetNumber(property::Left); }
+    double Top() const { return GetNumber(property::Top); }
+    double Width() const { return GetNumber(property::Width); }
+    double Height() const { return GetNumber(property::Height); }
 
     // Events.
     void On(std::string_view event, Handler handler);

@@ -3,9 +3,10 @@
 // release.
 
 #include "discovery/GameStatus.h"
+#include "forms/Names.h"
 #include "mainwindow/MainWindowLogic.h"
-#include "windowmodel/GameMessage.h"
 #include "recipes/KeywordExpansion.h"
+#include "windowmodel/GameMessage.h"
 
 namespace optera::mainwindow {
 
@@ -38,9 +39,9 @@ void MainWindowLogic::TimerTick() {
     forms::Control& image = gui_.BtnImageBox(PressedButton);
     if (ButtonUpPending) {
         caption.SetForeColor(static_cast<forms::Colour>(b.FontUpColor));
-        caption.Set("Left", static_cast<double>(b.Left + b.CaptionOffsetX));
-        caption.Set("Top", static_cast<double>(b.Top + b.CaptionOffsetY));
-        image.Set("Picture", b.PictureUp);
+        caption.Set(forms::property::Left, static_cast<double>(b.Left + b.CaptionOffsetX));
+        caption.Set(forms::property::Top, static_cast<double>(b.Top + b.CaptionOffsetY));
+        image.Set(forms::property::Picture, b.PictureUp);
         ButtonUpPending = false;
         ButtonShownDown = false;
         RunCommand(PressedButton);
@@ -48,9 +49,9 @@ void MainWindowLogic::TimerTick() {
     if (ButtonDownPending) {
         if (!ButtonShownDown) {
             caption.SetForeColor(static_cast<forms::Colour>(b.FontDnColor));
-            caption.Set("Left", static_cast<double>(b.Left + b.CaptionOffsetX + 10));
-            caption.Set("Top", static_cast<double>(b.Top + b.CaptionOffsetY + 10));
-            image.Set("Picture", b.PictureDn);
+            caption.Set(forms::property::Left, static_cast<double>(b.Left + b.CaptionOffsetX + 10));
+            caption.Set(forms::property::Top, static_cast<double>(b.Top + b.CaptionOffsetY + 10));
+            image.Set(forms::property::Picture, b.PictureDn);
         }
         ButtonShownDown = true;
         ButtonDownPending = false;
@@ -133,8 +134,8 @@ std::optional<platform::ChangeHold> MainWindowLogic::HoldForChanges() {
 
 void MainWindowLogic::SearchCommand() {
     forms::Form& form = scanner_.Form();
-    form.Set("Left", gui_.GUI().Left() + 300);
-    form.Set("Top", gui_.GUI().Top() + 1500);
+    form.Set(forms::property::Left, gui_.GUI().Left() + 300);
+    form.Set(forms::property::Top, gui_.GUI().Top() + 1500);
     form.SetCaption("Looking for " + SelectedLineText());
     form.Find("Label1")->SetCaption("Searching for: " + state_.CurrentGame.GameExe);
     form.SetVisible(true);

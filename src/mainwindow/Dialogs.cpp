@@ -1,4 +1,5 @@
 #include "mainwindow/Dialogs.h"
+#include "forms/Names.h"
 
 #include "text/Split.h"
 
@@ -34,11 +35,11 @@ ConfirmDialog::ConfirmDialog() : form_("Confirm") {
     for (const auto& [name, caption] : buttons) {
         forms::Control& button = form_.Add("CommandButton", name);
         button.SetCaption(caption);
-        button.Set("Width", 1095.0);
-        button.Set("Height", 375.0);
+        button.Set(forms::property::Width, 1095.0);
+        button.Set(forms::property::Height, 375.0);
     }
-    Label2(1).Set("Top", 1560.0);
-    Label2(1).Set("Height", 195.0);
+    Label2(1).Set(forms::property::Top, 1560.0);
+    Label2(1).Set(forms::property::Height, 195.0);
 }
 
 void PrepareConfirm(ConfirmDialog& dialog, const recipes::GameRecord& game, double left,
@@ -62,25 +63,25 @@ void PrepareConfirm(ConfirmDialog& dialog, const recipes::GameRecord& game, doub
 
     const double c = game.LatestPatchReq.size() > 65 ? game.LatestPatchReq.size() : 65;
     forms::Form& form = dialog.Form();
-    form.Set("Left", left);
-    form.Set("Top", top);
-    form.Set("Width", c * 95);
+    form.Set(forms::property::Left, left);
+    form.Set(forms::property::Top, top);
+    form.Set(forms::property::Width, c * 95);
     for (forms::Control* control : {&dialog.Label2(0), &dialog.Label2(1), &dialog.Text1()})
-        control->Set("Width", c * 90);
+        control->Set(forms::property::Width, c * 90);
     const double w = form.Width();
-    dialog.YesButton().Set("Left", w / 2 - 1830);
-    dialog.NoButton().Set("Left", w / 2 - 600);
-    dialog.DetailButton().Set("Left", w / 2 + 630);
-    dialog.Label1().Set("Left", w / 2 - 2000);
+    dialog.YesButton().Set(forms::property::Left, w / 2 - 1830);
+    dialog.NoButton().Set(forms::property::Left, w / 2 - 600);
+    dialog.DetailButton().Set(forms::property::Left, w / 2 + 630);
+    dialog.Label1().Set(forms::property::Left, w / 2 - 2000);
     double n = 0;
     if (game.Msg1.size() > c) {
         n = static_cast<double>(static_cast<long>(game.Msg1.size() / c)) + 1;
-        note.Set("Height", n * 195);
+        note.Set(forms::property::Height, n * 195);
     }
     const double buttonsTop = note.Top() + n * 195 + 375;
     for (forms::Control* button : {&dialog.YesButton(), &dialog.NoButton(), &dialog.DetailButton()})
-        button->Set("Top", buttonsTop);
-    form.Set("Height", dialog.YesButton().Top() + dialog.YesButton().Height() + 550);
+        button->Set(forms::property::Top, buttonsTop);
+    form.Set(forms::property::Height, dialog.YesButton().Top() + dialog.YesButton().Height() + 550);
 }
 
 std::string ConfirmCaption(std::int16_t width, std::int16_t height) {
@@ -126,8 +127,8 @@ std::optional<Report> BuildReport(std::string_view mode, const recipes::GameReco
 ReportDialog::ReportDialog() : form_("ModifcationInfo") {
     form_.SetVisible(false);
     forms::Control& text = form_.Add("TextBox", "Text1");
-    text.Set("MultiLine", true);
-    text.Set("Locked", true);
+    text.Set(forms::property::MultiLine, true);
+    text.Set(forms::property::Locked, true);
 }
 
 void ReportDialog::Load(std::string_view mode, const recipes::GameRecord& game,

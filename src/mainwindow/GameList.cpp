@@ -5,10 +5,10 @@
 #include "discovery/GameStatus.h"
 #include "mainwindow/ExchangeSort.h"
 #include "mainwindow/MainWindowLogic.h"
-#include "windowmodel/GameMessage.h"
 #include "platform/WindowsPath.h"
 #include "text/NoCase.h"
 #include "text/Split.h"
+#include "windowmodel/GameMessage.h"
 
 namespace optera::mainwindow {
 

@@ -1,4 +1,5 @@
 #include "mainwindow/MainWindowLogic.h"
+#include "forms/Names.h"
 
 #include "discovery/GameStatus.h"
 #include "platform/WindowsPath.h"
@@ -26,47 +27,51 @@ void MainWindowLogic::WireEvents() {
     using forms::Control;
     using forms::EventArgs;
     Control& games = gui_.GameList();
-    games.On("Click", [this](Control&, EventArgs&) { SelectGame(); });
-    games.On("DblClick", [this](Control&, EventArgs&) { GameDoubleClicked(); });
-    games.On("KeyUp", [this](Control&, EventArgs& args) {
-        if (args.keyCode == 38 || args.keyCode == 40) SelectGame();
+    games.On(forms::event::Click, [this](Control&, EventArgs&) { SelectGame(); });
+    games.On(forms::event::DblClick, [this](Control&, EventArgs&) { GameDoubleClicked(); });
+    games.On(forms::event::KeyUp, [this](Control&, EventArgs& args) {
+        if (args.keyCode == forms::key::Up || args.keyCode == forms::key::Down) SelectGame();
     });
     // The tip is there to be read once: the first press takes it away.
-    games.On("MouseDown",
-             [](Control& list, EventArgs&) { list.Set("ToolTipText", std::string()); });
-    games.On("MouseUp", [this](Control&, EventArgs& args) {
+    games.On(forms::event::MouseDown, [](Control& list, EventArgs&) {
+        list.Set(forms::property::ToolTipText, std::string());
+    });
+    games.On(forms::event::MouseUp, [this](Control&, EventArgs& args) {
         if (args.button != forms::kRightButton) return;
         gui_.ShowAllGames = !gui_.ShowAllGames;
         FillGameList();
     });
-    games.On("ItemCheck", [this](Control&, EventArgs& args) { GameChecked(args.line); });
-    gui_.ResListBox().On("Click", [this](Control&, EventArgs&) { ResolutionSelected(); });
+    games.On(forms::event::ItemCheck,
+             [this](Control&, EventArgs& args) { GameChecked(args.line); });
+    gui_.ResListBox().On(forms::event::Click,
+                         [this](Control&, EventArgs&) { ResolutionSelected(); });
 
     for (int i = 0; i < button::Count; ++i) {
         for (Control* part : {&gui_.BtnImageBox(i), &gui_.BtnLabel(i)}) {
             // A disabled button gets no mouse events.
-            part->On("MouseDown", [this, i](Control& sender, EventArgs&) {
+            part->On(forms::event::MouseDown, [this, i](Control& sender, EventArgs&) {
                 if (!sender.Enabled()) return;
                 ButtonDownPending = true;
                 PressedButton = static_cast<std::int16_t>(i);
             });
-            part->On("MouseUp", [this](Control& sender, EventArgs&) {
+            part->On(forms::event::MouseUp, [this](Control& sender, EventArgs&) {
                 if (sender.Enabled()) ButtonUpPending = true;
             });
         }
     }
-    gui_.Timer1().On("Timer", [this](Control&, EventArgs&) { TimerTick(); });
+    gui_.Timer1().On(forms::event::Timer, [this](Control&, EventArgs&) { TimerTick(); });
 
     auto hide = [](forms::Form& form) { form.SetVisible(false); };
-    confirm_.YesButton().On("Click", [this, hide](Control&, EventArgs&) {
+    confirm_.YesButton().On(forms::event::Click, [this, hide](Control&, EventArgs&) {
         optimizer_.ProceedFlag = true;
         hide(confirm_.Form());
     });
-    confirm_.NoButton().On("Click", [this, hide](Control&, EventArgs&) {
+    confirm_.NoButton().On(forms::event::Click, [this, hide](Control&, EventArgs&) {
         optimizer_.ProceedFlag = false;
         hide(confirm_.Form());
     });
-    confirm_.DetailButton().On("Click", [this](Control&, EventArgs&) { ShowReport("Modify"); });
+    confirm_.DetailButton().On(forms::event::Click,
+                               [this](Control&, EventArgs&) { ShowReport("Modify"); });
 }
 
 std::string MainWindowLogic::OpteraIni() const {

@@ -1,4 +1,5 @@
 #include "windowmodel/MainWindow.h"
+#include "forms/Names.h"
 
 #include <cstdlib>
 
@@ -6,8 +7,8 @@ namespace optera::mainwindow {
 
 MainWindow::MainWindow() : form_("GUI") {
     forms::Control& games = form_.Add("ListView", "GameList");
-    games.Set("Checkboxes", true);
-    games.Set("ToolTipText",
+    games.Set(forms::property::Checkboxes, true);
+    games.Set(forms::property::ToolTipText,
               std::string("Right Click toggles between full list and detected list."));
     games.AddColumnHeader("");
     form_.Add("ListView", "ResListBox");
@@ -20,7 +21,7 @@ MainWindow::MainWindow() : form_("GUI") {
     form_.Add("Image", "Logo");
     form_.Add("Image", "BackGroundImage");
     forms::Control& timer = form_.Add("Timer", "Timer1");
-    timer.Set("Interval", 50);
+    timer.Set(forms::property::Interval, 50);
     for (int n = 1; n <= 4; ++n)
         form_.Add("CommandButton", "Command" + std::to_string(n)).SetVisible(false);
 }
