@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 
 #include "platform/DirectoryOrder.h"
 #include "platform/WindowsPath.h"
+#include "platform/wine/FolderNames.h"
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/HostReplace.h"
 #include "platform/wine/RegFile.h"
@@ -109,22 +111,12 @@ std::string WindowsName(std::string_view hostName) {
 
 // The host name under which `folder` holds `component`: the component itself when an entry has
 // exactly that name, else the first entry in directory order that differs only in letter case.
-std::optional<std::string> FindEntry(const fs::path& folder, const std::string& component) {
+std::optional<std::string> FindEntry(FolderNames& names, const fs::path& folder,
+                                     const std::string& component) {
     std::string exact = HostName(component);
     struct stat st;
     if (::lstat((folder / exact).c_str(), &st) == 0) return exact;
-    Folder listing(folder);
-    std::optional<std::string> first;
-    std::string firstWindows;
-    while (const char* name = listing.Next()) {
-        std::string windows = WindowsName(name);
-        if (!text::EqualsNoCase(windows, component)) continue;
-        if (!first || DirectoryOrderLess(windows, firstWindows)) {
-            first = name;
-            firstWindows = std::move(windows);
-        }
-    }
-    return first;
+    return names.FindNoCase(folder, component);
 }
 
 // The mount of the host's file systems that holds `folder`, by its type ("ext4", "iso9660").
@@ -196,7 +188,8 @@ DriveType DriveTypeOf(const fs::path& target) {
     return DriveType::Fixed;
 }
 
-WineFileSystem::WineFileSystem(fs::path prefix) : prefix_(std::move(prefix)) {
+WineFileSystem::WineFileSystem(fs::path prefix)
+    : prefix_(std::move(prefix)), names_(std::make_shared<FolderNames>()) {
     std::error_code error;
     if (fs::path absolute = fs::absolute(prefix_, error); !error) prefix_ = absolute;
     const fs::path devices = prefix_ / "dosdevices";
@@ -244,13 +237,20 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath)
     for (const std::string& part : parts) exact /= HostName(part);
     struct stat st;
     if (::lstat(exact.c_str(), &st) == 0) return exact;
+    // Most often only the last component is missing, or spelled in another case: when the
+    // folder above it is there as written, only that component is looked up.
+    if (!parts.empty() && ::lstat(exact.parent_path().c_str(), &st) == 0) {
+        fs::path folder = exact.parent_path();
+        auto found = names_->FindNoCase(folder, parts.back());
+        return folder / (found ? *found : HostName(parts.back()));
+    }
 
     // Look each component up in its folder until one is missing; the rest stay as written.
     fs::path host = drive->target;
     bool searching = true;
     for (const std::string& part : parts) {
         if (searching) {
-            if (auto found = FindEntry(host, part)) {
+            if (auto found = FindEntry(*names_, host, part)) {
                 host /= *found;
                 continue;
             }
@@ -377,6 +377,24 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> WineFileSystem::FileIdent
     struct stat st;
     if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
     return std::pair{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)};
+}
+
+std::optional<FileStamp> WineFileSystem::Stamp(std::string_view path) const {
+    auto host = ToHostPath(path);
+    struct stat st;
+    if (!host || ::stat(host->c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    auto nanoseconds = [](const struct timespec& time) {
+        return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+    };
+    FileStamp stamp{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino),
+                    static_cast<std::uint64_t>(st.st_size), nanoseconds(st.st_mtim),
+                    nanoseconds(st.st_ctim)};
+    constexpr std::int64_t kSettledAfterNs = 100'000'000;
+    struct timespec now;
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    stamp.settled =
+        nanoseconds(now) - std::max(stamp.modifiedNs, stamp.changedNs) > kSettledAfterNs;
+    return stamp;
 }
 
 std::optional<std::string> WineFileSystem::ReadAll(std::string_view path) const {

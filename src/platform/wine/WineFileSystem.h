@@ -5,6 +5,7 @@
 // Read-only is "no write bit for anyone", hidden is a name starting with a dot.
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,6 +15,8 @@
 #include "platform/FileSystem.h"
 
 namespace optera::platform {
+
+class FolderNames;
 
 class WineFileSystem : public FileSystem {
   public:
@@ -56,6 +59,9 @@ class WineFileSystem : public FileSystem {
     std::vector<DriveInfo> Drives() const override;
     std::optional<std::pair<std::uint64_t, std::uint64_t>> FileIdentity(
         std::string_view path) const override;
+    // From the file's status; settled once its times are 100 ms behind the clock, well past the
+    // tick of the clock that stamps them.
+    std::optional<FileStamp> Stamp(std::string_view path) const override;
     std::string LastError() const override { return lastError_; }
 
   private:
@@ -69,6 +75,8 @@ class WineFileSystem : public FileSystem {
     std::vector<Drive> drives_;  // in letter order
     std::vector<std::pair<char, DriveType>> registryTypes_;
     mutable std::string lastError_;
+    // Spares a read of the whole folder for each name that differs in case or is missing.
+    std::shared_ptr<FolderNames> names_;
 };
 
 // The kind of drive a dosdevices target makes.
