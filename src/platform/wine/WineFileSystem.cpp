@@ -228,6 +228,12 @@ const WineFileSystem::Drive* WineFileSystem::FindDrive(char letter) const {
 }
 
 std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath) const {
+    return ToHostPath(windowsPath, nullptr);
+}
+
+std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
+                                                   struct stat* status) const {
+    if (status) status->st_nlink = 0;
     if (windowsPath.find('\0') != std::string_view::npos) return std::nullopt;
     const Drive* drive = FindDrive(DriveLetterOf(windowsPath));
     if (!drive) return std::nullopt;
@@ -236,7 +242,11 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath)
     fs::path exact = drive->target;
     for (const std::string& part : parts) exact /= HostName(part);
     struct stat st;
-    if (::lstat(exact.c_str(), &st) == 0) return exact;
+    if (::lstat(exact.c_str(), &st) == 0) {
+        // What is not a link has the status a caller would ask for next.
+        if (status && !S_ISLNK(st.st_mode)) *status = st;
+        return exact;
+    }
     // Most often only the last component is missing, or spelled in another case: when the
     // folder above it is there as written, only that component is looked up.
     if (!parts.empty() && ::lstat(exact.parent_path().c_str(), &st) == 0) {
@@ -259,6 +269,14 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath)
         host /= HostName(part);
     }
     return host;
+}
+
+bool WineFileSystem::StatHost(std::string_view windowsPath, fs::path& host,
+                              struct stat& status) const {
+    auto found = ToHostPath(windowsPath, &status);
+    if (!found) return false;
+    host = std::move(*found);
+    return status.st_nlink != 0 || ::stat(host.c_str(), &status) == 0;
 }
 
 std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) const {
@@ -302,16 +320,17 @@ std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) c
 }
 
 std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) const {
-    auto host = ToHostPath(path);
+    fs::path host;
     struct stat st;
-    if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
+    if (!StatHost(path, host, st)) return std::nullopt;
     // A drive's root is never hidden, whatever its host folder is called.
     if (ComponentsOf(path).empty()) return AttributesOf(st, "");
+    std::uint32_t bits = AttributesOf(st, host.filename().native());
+    if (!S_ISDIR(st.st_mode)) return bits;  // only a folder can be the kernel's
     struct stat parent;
     const dev_t parentDevice =
-        ::stat(host->parent_path().c_str(), &parent) == 0 ? parent.st_dev : st.st_dev;
-    std::uint32_t bits = AttributesOf(st, host->filename().native());
-    if (IsKernelFolder(*host, st, parentDevice)) bits |= attr::Hidden | attr::System;
+        ::stat(host.parent_path().c_str(), &parent) == 0 ? parent.st_dev : st.st_dev;
+    if (IsKernelFolder(host, st, parentDevice)) bits |= attr::Hidden | attr::System;
     return bits;
 }
 
@@ -380,9 +399,9 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> WineFileSystem::FileIdent
 }
 
 std::optional<FileStamp> WineFileSystem::Stamp(std::string_view path) const {
-    auto host = ToHostPath(path);
+    fs::path host;
     struct stat st;
-    if (!host || ::stat(host->c_str(), &st) != 0 || !S_ISREG(st.st_mode)) return std::nullopt;
+    if (!StatHost(path, host, st) || !S_ISREG(st.st_mode)) return std::nullopt;
     auto nanoseconds = [](const struct timespec& time) {
         return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
     };

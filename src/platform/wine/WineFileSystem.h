@@ -12,6 +12,8 @@
 #include <utility>
 #include <vector>
 
+#include <sys/stat.h>
+
 #include "platform/FileSystem.h"
 
 namespace optera::platform {
@@ -65,6 +67,13 @@ class WineFileSystem : public FileSystem {
     std::string LastError() const override { return lastError_; }
 
   private:
+    // ToHostPath that also gives the status of what is there when it learnt it on the way (a
+    // link is not followed there): `status->st_nlink` is 0 when it did not.
+    std::optional<std::filesystem::path> ToHostPath(std::string_view windowsPath,
+                                                    struct stat* status) const;
+    // The host path and the status of what is there (links followed); false when nothing is.
+    bool StatHost(std::string_view windowsPath, std::filesystem::path& host,
+                  struct stat& status) const;
     const Drive* FindDrive(char letter) const;
     std::optional<std::vector<DirEntry>> ListFolder(std::string_view folder, bool quick) const;
 
