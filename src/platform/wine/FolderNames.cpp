@@ -121,7 +121,8 @@ bool FolderNames::TakeInChanges() {
 }
 
 std::optional<std::string> FolderNames::FindNoCase(const std::filesystem::path& folder,
-                                                   std::string_view windowsName) {
+                                                   std::string_view windowsName,
+                                                   const struct stat& before) {
     std::lock_guard guard(lock_);
     const std::string folded = text::ToLower(windowsName);
     auto first = [](const std::vector<Spelling>* spellings) -> std::optional<std::string> {
@@ -132,8 +133,7 @@ std::optional<std::string> FolderNames::FindNoCase(const std::filesystem::path& 
         return best->host;
     };
 
-    struct stat before;
-    if (::stat(folder.c_str(), &before) != 0 || !S_ISDIR(before.st_mode)) return std::nullopt;
+    if (!S_ISDIR(before.st_mode)) return std::nullopt;
     const FolderId id{static_cast<std::uint64_t>(before.st_dev),
                       static_cast<std::uint64_t>(before.st_ino)};
     if (inotify_ >= 0 && !TakeInChanges()) ForgetAll();

@@ -6,6 +6,7 @@
 // by anyone is seen as soon as that call has returned. Without inotify, or for a folder it
 // cannot watch, every question reads the folder.
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <cstdint>
@@ -31,9 +32,9 @@ class FolderNames {
 
     // The host name of the entry of `folder` whose Windows name equals `windowsName` without
     // regard to case; of several, the first in directory order. nullopt when there is none or
-    // the folder cannot be read.
+    // the folder cannot be read. `status` is the folder's, as the caller just took it.
     std::optional<std::string> FindNoCase(const std::filesystem::path& folder,
-                                          std::string_view windowsName);
+                                          std::string_view windowsName, const struct stat& status);
 
   private:
     struct Spelling {

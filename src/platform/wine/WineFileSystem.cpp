@@ -116,7 +116,8 @@ std::optional<std::string> FindEntry(FolderNames& names, const fs::path& folder,
     std::string exact = HostName(component);
     struct stat st;
     if (::lstat((folder / exact).c_str(), &st) == 0) return exact;
-    return names.FindNoCase(folder, component);
+    if (::stat(folder.c_str(), &st) != 0) return std::nullopt;
+    return names.FindNoCase(folder, component, st);
 }
 
 // The mount of the host's file systems that holds `folder`, by its type ("ext4", "iso9660").
@@ -232,8 +233,10 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath)
 }
 
 std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
-                                                   struct stat* status) const {
-    if (status) status->st_nlink = 0;
+                                                   Found* found) const {
+    Found ignored;
+    Found& learnt = found ? *found : ignored;
+    learnt.what = Found::Unknown;
     if (windowsPath.find('\0') != std::string_view::npos) return std::nullopt;
     const Drive* drive = FindDrive(DriveLetterOf(windowsPath));
     if (!drive) return std::nullopt;
@@ -243,16 +246,16 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
     for (const std::string& part : parts) exact /= HostName(part);
     struct stat st;
     if (::lstat(exact.c_str(), &st) == 0) {
-        // What is not a link has the status a caller would ask for next.
-        if (status && !S_ISLNK(st.st_mode)) *status = st;
+        if (!S_ISLNK(st.st_mode)) learnt = {Found::Status, st};
         return exact;
     }
     // Most often only the last component is missing, or spelled in another case: when the
     // folder above it is there as written, only that component is looked up.
-    if (!parts.empty() && ::lstat(exact.parent_path().c_str(), &st) == 0) {
+    if (!parts.empty() && ::stat(exact.parent_path().c_str(), &st) == 0) {
         fs::path folder = exact.parent_path();
-        auto found = names_->FindNoCase(folder, parts.back());
-        return folder / (found ? *found : HostName(parts.back()));
+        auto name = names_->FindNoCase(folder, parts.back(), st);
+        if (!name) learnt.what = Found::Missing;
+        return folder / (name ? *name : HostName(parts.back()));
     }
 
     // Look each component up in its folder until one is missing; the rest stay as written.
@@ -260,8 +263,8 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
     bool searching = true;
     for (const std::string& part : parts) {
         if (searching) {
-            if (auto found = FindEntry(*names_, host, part)) {
-                host /= *found;
+            if (auto entry = FindEntry(*names_, host, part)) {
+                host /= *entry;
                 continue;
             }
             searching = false;
@@ -273,10 +276,15 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
 
 bool WineFileSystem::StatHost(std::string_view windowsPath, fs::path& host,
                               struct stat& status) const {
-    auto found = ToHostPath(windowsPath, &status);
-    if (!found) return false;
-    host = std::move(*found);
-    return status.st_nlink != 0 || ::stat(host.c_str(), &status) == 0;
+    Found found;
+    auto path = ToHostPath(windowsPath, &found);
+    if (!path || found.what == Found::Missing) return false;
+    host = std::move(*path);
+    if (found.what == Found::Status) {
+        status = found.status;
+        return true;
+    }
+    return ::stat(host.c_str(), &status) == 0;
 }
 
 std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) const {

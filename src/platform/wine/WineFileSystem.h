@@ -67,10 +67,13 @@ class WineFileSystem : public FileSystem {
     std::string LastError() const override { return lastError_; }
 
   private:
-    // ToHostPath that also gives the status of what is there when it learnt it on the way (a
-    // link is not followed there): `status->st_nlink` is 0 when it did not.
+    // What ToHostPath learnt on the way about what is at the path.
+    struct Found {
+        enum { Unknown, Missing, Status } what = Unknown;
+        struct stat status;  // of the entry itself, which is not a link
+    };
     std::optional<std::filesystem::path> ToHostPath(std::string_view windowsPath,
-                                                    struct stat* status) const;
+                                                    Found* found) const;
     // The host path and the status of what is there (links followed); false when nothing is.
     bool StatHost(std::string_view windowsPath, std::filesystem::path& host,
                   struct stat& status) const;
