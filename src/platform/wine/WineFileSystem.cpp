@@ -242,17 +242,23 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
     if (!drive) return std::nullopt;
     const std::vector<std::string> parts = ComponentsOf(windowsPath);
 
-    fs::path exact = drive->target;
-    for (const std::string& part : parts) exact /= HostName(part);
+    // Joined as text: this runs for every question about a file.
+    std::string exact = drive->target.native();
+    std::size_t parentSize = exact.size();
+    for (const std::string& part : parts) {
+        parentSize = exact.size();
+        if (exact.empty() || exact.back() != '/') exact += '/';
+        exact += HostName(part);
+    }
     struct stat st;
     if (::lstat(exact.c_str(), &st) == 0) {
         if (!S_ISLNK(st.st_mode)) learnt = {Found::Status, st};
-        return exact;
+        return fs::path(std::move(exact));
     }
     // Most often only the last component is missing, or spelled in another case: when the
     // folder above it is there as written, only that component is looked up.
-    if (!parts.empty() && ::stat(exact.parent_path().c_str(), &st) == 0) {
-        fs::path folder = exact.parent_path();
+    const fs::path folder = parentSize == 0 ? fs::path("/") : fs::path(exact.substr(0, parentSize));
+    if (!parts.empty() && ::stat(folder.c_str(), &st) == 0) {
         auto name = names_->FindNoCase(folder, parts.back(), st);
         if (!name) learnt.what = Found::Missing;
         return folder / (name ? *name : HostName(parts.back()));
