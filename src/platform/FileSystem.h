@@ -13,6 +13,21 @@
 
 namespace optera::platform {
 
+// What tells one state of a file's content from another: where it is on disk, its size and the
+// times of its last change. `settled` says the times can be trusted to move with the next
+// change: a file changed within the clock's last few ticks could change again without a new
+// time, so its stamp is not settled.
+struct FileStamp {
+    std::uint64_t device = 0;
+    std::uint64_t fileNumber = 0;
+    std::uint64_t size = 0;
+    std::int64_t modifiedNs = 0;
+    std::int64_t changedNs = 0;
+    bool settled = false;
+
+    bool operator==(const FileStamp&) const = default;
+};
+
 class FileSystem {
   public:
     virtual ~FileSystem() = default;
@@ -53,6 +68,15 @@ class FileSystem {
     // nullopt when nothing is there or the platform cannot tell.
     virtual std::optional<std::pair<std::uint64_t, std::uint64_t>> FileIdentity(
         std::string_view path) const {
+        (void)path;
+        return std::nullopt;
+    }
+
+    // The stamp of the file at the path; nullopt when nothing is there, it is a folder, or the
+    // platform cannot tell. A file whose stamp is unchanged and settled has unchanged content;
+    // a file system that buffers content of its own (and may change it without a trace on
+    // disk) keeps this default.
+    virtual std::optional<FileStamp> Stamp(std::string_view path) const {
         (void)path;
         return std::nullopt;
     }

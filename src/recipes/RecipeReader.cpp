@@ -141,9 +141,12 @@ std::vector<CfgEntry> RecipeReader::ReadCfgEntries(const std::string& recipePath
 
         if (path.find("*.") != std::string::npos) {
             std::string folder = path.substr(0, path.rfind('\\') + 1);
-            for (const std::string& match : ListMatchingFiles(files, path)) {
-                entries.back() =
-                    CfgEntry{folder + match, kMultiple, ExpandedSection(recipePath, key)};
+            const std::vector<std::string> matches = ListMatchingFiles(files, path);
+            // Every match gets the same lines: the section is read and expanded once.
+            const std::vector<std::string> section =
+                matches.empty() ? std::vector<std::string>() : ExpandedSection(recipePath, key);
+            for (const std::string& match : matches) {
+                entries.back() = CfgEntry{folder + match, kMultiple, section};
                 entries.push_back(EmptyEntry());
             }
         } else {
@@ -175,7 +178,8 @@ std::vector<std::string> KeepLinesWithValue(const std::vector<std::string>& line
 std::vector<std::string> ListMatchingFiles(const platform::FileSystem& files,
                                            std::string_view pattern) {
     std::vector<std::string> names;
-    auto entries = files.List(platform::ParentOf(pattern));
+    // Only the folder, hidden and system bits count here, which the quicker listing gives.
+    auto entries = files.ListForSearch(platform::ParentOf(pattern));
     if (!entries) return names;
     std::string mask = text::ToLower(platform::NameOf(pattern));
     constexpr std::uint32_t kLeftOut =

@@ -7,8 +7,6 @@
 
 namespace optera::services {
 
-namespace {
-
 // A file's document and the encoding its text is in; a missing file is an empty 8-bit one.
 struct LoadedProfile {
     ProfileFileText file;
@@ -23,10 +21,9 @@ struct LoadedProfile {
     }
 };
 
-LoadedProfile Load(const platform::FileSystem& files, std::string_view path) {
-    auto bytes = files.ReadAll(path);
-    return LoadedProfile(bytes ? *bytes : std::string());
-}
+namespace {
+
+constexpr std::size_t kKeptFiles = 4;
 
 // Copies NUL-separated items into the buffer as the list functions do: the whole list and a
 // closing NUL when it fits, else as much as fits followed by two NULs and a count of size - 2.
@@ -53,25 +50,47 @@ std::string_view WithoutQuotes(std::string_view value) {
 
 }  // namespace
 
+std::shared_ptr<const LoadedProfile> ProfileApi::Load(std::string_view path) const {
+    // The stamp is taken before the read: a change in between leaves a newer content under an
+    // older stamp, which the next stamp tells apart.
+    const std::optional<platform::FileStamp> stamp = files_.Stamp(path);
+    const bool keepable = stamp && stamp->settled;
+    if (keepable) {
+        std::lock_guard lock(keptLock_);
+        for (const Kept& kept : kept_)
+            if (kept.path == path && kept.stamp == *stamp) return kept.profile;
+    }
+    auto bytes = files_.ReadAll(path);
+    auto profile = std::make_shared<const LoadedProfile>(bytes ? *bytes : std::string());
+    if (keepable && bytes) {
+        std::lock_guard lock(keptLock_);
+        std::erase_if(kept_, [&](const Kept& kept) { return kept.path == path; });
+        kept_.push_front({std::string(path), *stamp, profile});
+        if (kept_.size() > kKeptFiles) kept_.pop_back();
+    }
+    return profile;
+}
+
 std::uint32_t ProfileApi::GetPrivateProfileSectionNamesA(std::string& buffer,
                                                          std::string_view path) const {
-    LoadedProfile profile = Load(files_, path);
-    return FillList(profile.ToCaller(profile.doc.SectionNames()), buffer);
+    auto profile = Load(path);
+    return FillList(profile->ToCaller(profile->doc.SectionNames()), buffer);
 }
 
 std::uint32_t ProfileApi::GetPrivateProfileSectionA(std::string_view section, std::string& buffer,
                                                     std::string_view path) const {
-    LoadedProfile profile = Load(files_, path);
-    auto entries = profile.doc.SectionEntries(profile.file.FromCaller(section));
-    return FillList(entries ? profile.ToCaller(*entries) : std::vector<std::string>(), buffer);
+    auto profile = Load(path);
+    auto entries = profile->doc.SectionEntries(profile->file.FromCaller(section));
+    return FillList(entries ? profile->ToCaller(*entries) : std::vector<std::string>(), buffer);
 }
 
 std::uint32_t ProfileApi::GetPrivateProfileStringA(std::string_view section, std::string_view key,
                                                    std::string_view fallback, std::string& buffer,
                                                    std::string_view path) const {
-    LoadedProfile profile = Load(files_, path);
-    auto value = profile.doc.Value(profile.file.FromCaller(section), profile.file.FromCaller(key));
-    if (value) value = profile.file.ToCaller(*value);
+    auto profile = Load(path);
+    auto value =
+        profile->doc.Value(profile->file.FromCaller(section), profile->file.FromCaller(key));
+    if (value) value = profile->file.ToCaller(*value);
     std::string_view text = value ? WithoutQuotes(*value) : fallback;
     std::fill(buffer.begin(), buffer.end(), '\0');
     if (buffer.empty()) return 0;
@@ -82,6 +101,11 @@ std::uint32_t ProfileApi::GetPrivateProfileStringA(std::string_view section, std
 
 bool ProfileApi::WritePrivateProfileStringA(std::string_view section, std::string_view key,
                                             std::string_view value, std::string_view path) {
+    {
+        // Whatever spelling of the path a kept file was read under, it may be this one.
+        std::lock_guard lock(keptLock_);
+        kept_.clear();
+    }
     std::string before;
     if (auto attributes = files_.Attributes(path)) {
         if (*attributes & (platform::attr::ReadOnly | platform::attr::Directory)) return false;

@@ -7,6 +7,9 @@
 // it from the front with NUL-terminated text.
 
 #include <cstdint>
+#include <deque>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 
@@ -14,9 +17,15 @@
 
 namespace optera::services {
 
+struct LoadedProfile;
+
+// Keeps the last few files read, as Windows keeps its current profile file: a recipe is asked
+// for one section after another, and each question would otherwise read and parse it anew. A
+// kept file serves only while its stamp is settled and unchanged; our own writes drop them all.
 class ProfileApi {
   public:
     explicit ProfileApi(platform::FileSystem& files) : files_(files) {}
+    ProfileApi(const ProfileApi& other) : files_(other.files_) {}
 
     // Section names, each ended by NUL, the list ended by one more NUL. Returns the characters
     // copied without the last NUL; size - 2 when the names do not fit; 0 without file or section.
@@ -40,7 +49,17 @@ class ProfileApi {
                                     std::string_view value, std::string_view path);
 
   private:
+    struct Kept {
+        std::string path;
+        platform::FileStamp stamp;
+        std::shared_ptr<const LoadedProfile> profile;
+    };
+
+    std::shared_ptr<const LoadedProfile> Load(std::string_view path) const;
+
     platform::FileSystem& files_;
+    mutable std::mutex keptLock_;
+    mutable std::deque<Kept> kept_;  // the file read last first
 };
 
 }  // namespace optera::services

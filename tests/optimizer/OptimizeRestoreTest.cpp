@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <filesystem>
 
 #include "discovery/GameStatus.h"
@@ -188,6 +189,37 @@ TEST_F(OptimizeRestore, OptimizeTwiceThenRestoreGivesEverythingBack) {
     EXPECT_EQ(prompts.shown[0].title, "Restore Original Cfg Files");
     EXPECT_EQ(prompts.shown[0].text, mainwindow::GameMessage(7, state.CurrentGame, "Sample"));
     EXPECT_EQ(prompts.shown[0].icon, platform::MessageIcon::Question);
+}
+
+// A pattern matching many files edits each once, against one original copy each: a copy made
+// earlier in another case counts as the file's copy, and no second one is made.
+TEST_F(OptimizeRestore, APatternOverManyFilesEditsAndRestoresEachOfThem) {
+    constexpr int kMany = 300;
+    auto slot = [](int n) {
+        char number[8];
+        std::snprintf(number, sizeof number, "%03d", n);
+        return "drive_c/Games/Sample/Saves/Slot" + std::string(number);
+    };
+    for (int n = 0; n < kMany; ++n) temp.Write(slot(n) + ".CFG", kSave);
+    temp.Write("drive_c/Games/Sample/Saves/SLOT000.ORIGINAL", "earlier copy");
+    SelectGame();
+    Optimize();
+    for (int n = 0; n < kMany; ++n) {
+        EXPECT_EQ(Read(slot(n) + ".CFG"), "a\r\nb\r\nfov 90\r\n") << n;
+        EXPECT_EQ(Read(slot(n) + ".original"), n == 0 ? "earlier copy" : kSave) << n;
+    }
+    int copies = 0;
+    for (const auto& entry : fs::directory_iterator(prefix() / "drive_c/Games/Sample/Saves"))
+        copies +=
+            entry.path().extension() == ".original" || entry.path().extension() == ".ORIGINAL";
+    EXPECT_EQ(copies, kMany + 2);  // with one.original and TWO.original
+
+    prompts.Answer(MessageAnswer::Yes);
+    optimizer.RestoreOriginals();
+    for (int n = 0; n < kMany; ++n) {
+        EXPECT_EQ(Read(slot(n) + ".CFG"), n == 0 ? "earlier copy" : kSave) << n;
+        EXPECT_FALSE(Exists(slot(n) + ".original")) << n;
+    }
 }
 
 // While something holds the prefix's wineserver lock no file may change, and the one message box

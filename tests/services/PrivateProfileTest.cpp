@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <functional>
+
 #include "platform/fake/FakeFileSystem.h"
 #include "services/cPrivateProfile.h"
 #include "text/CodePage.h"
@@ -148,5 +150,44 @@ TEST_F(PrivateProfile, UnicodeFilesStayInTheirEncoding) {
                                                                "Gr\xF6\xDF"
                                                                "e=1"}))
             << row.name;
+    }
+}
+
+// Profile files are kept between questions; every way a file can change, by us or by anyone
+// else, shows at the next read, also when the size stays the same.
+TEST_F(PrivateProfile, EveryChangeOfAKeptFileShowsAtTheNextRead) {
+    const std::string other = "C:\\Optera\\other.ini";
+    struct Step {
+        const char* what;
+        std::function<void()> change;
+        std::string value;
+    };
+    const Step steps[] = {
+        {"put anew", [&] { Put("[s]\r\nk=2\r\n"); }, "2"},
+        {"written", [&] { files.WriteAll(ini, "[s]\r\nk=3\r\n"); }, "3"},
+        {"set by us", [&] { profile.SetIniStringValue(ini, "s", "k", "4"); }, "4"},
+        {"another file renamed over it",
+         [&] {
+             files.PutFile(other, "[s]\r\nk=5\r\n");
+             files.Rename(other, ini);
+         },
+         "5"},
+        {"another file copied over it",
+         [&] {
+             files.PutFile(other, "[s]\r\nk=6\r\n");
+             files.Copy(other, ini);
+         },
+         "6"},
+        {"made unreadable", [&] { files.FailReadsWhen([](std::string_view) { return true; }); },
+         ""},
+        {"readable again", [&] { files.FailReadsWhen(nullptr); }, "6"},
+        {"removed", [&] { files.Remove(ini); }, ""},
+    };
+    Put("[s]\r\nk=1\r\n");
+    ASSERT_EQ(profile.GetIniStringValue(ini, "s", "k"), "1");
+    for (const Step& step : steps) {
+        step.change();
+        EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), step.value) << step.what;
+        EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), step.value) << step.what << ", kept";
     }
 }

@@ -96,6 +96,7 @@ void FakeFileSystem::PutFile(std::string_view path, std::string_view bytes) {
         node = &MakeChild(*parent, normal, false);
     }
     node->bytes = std::string(bytes);
+    Changed(*node);
 }
 
 std::optional<std::uint32_t> FakeFileSystem::Attributes(std::string_view path) const {
@@ -109,6 +110,7 @@ bool FakeFileSystem::SetAttributes(std::string_view path, std::uint32_t attribut
     if (!node) return Failed(kMissing);
     if (Fails(path)) return false;
     node->marks = attributes & kSettableMarks;
+    Changed(*node);
     return true;
 }
 
@@ -144,6 +146,7 @@ bool FakeFileSystem::WriteAll(std::string_view path, std::string_view bytes) {
     if (Fails(path)) return false;
     if (!node) node = &MakeChild(*ParentFolder(path), path, false);
     node->bytes = std::string(bytes);
+    Changed(*node);
     return true;
 }
 
@@ -171,6 +174,7 @@ bool FakeFileSystem::Rename(std::string_view from, std::string_view to) {
     if (!target) target = &MakeChild(*ParentFolder(to), to, false);
     target->bytes = std::move(source->bytes);
     target->marks = source->marks;
+    Changed(*target);
     Unlink(from);
     return true;
 }
@@ -185,6 +189,7 @@ bool FakeFileSystem::Copy(std::string_view from, std::string_view to) {
     if (target == source) return Failed("it is the same file");
     if (!WriteAll(to, copy.bytes)) return false;
     Find(to)->marks = copy.marks;
+    Changed(*Find(to));
     return true;
 }
 
@@ -214,6 +219,18 @@ bool FakeFileSystem::CreateFolder(std::string_view path) {
     if (Fails(path)) return false;
     MakeChild(*parent, path, true);
     return true;
+}
+
+std::optional<FileStamp> FakeFileSystem::Stamp(std::string_view path) const {
+    const Node* node = Find(path);
+    // A file made unreadable must not be known by its stamp, or its last content would do.
+    if (!node || node->folder || (readFails_ && readFails_(path))) return std::nullopt;
+    return FileStamp{0,
+                     0,
+                     node->bytes.size(),
+                     static_cast<std::int64_t>(node->version),
+                     static_cast<std::int64_t>(node->version),
+                     true};
 }
 
 std::vector<DriveInfo> FakeFileSystem::Drives() const {

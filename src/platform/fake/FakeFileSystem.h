@@ -40,6 +40,9 @@ class FakeFileSystem : public FileSystem {
     bool Remove(std::string_view path) override;
     bool CreateFolder(std::string_view path) override;
     std::vector<DriveInfo> Drives() const override;
+    // Every change of a file's content or marks gives it a new version, which stands for its
+    // times; stamps are always settled.
+    std::optional<FileStamp> Stamp(std::string_view path) const override;
     std::string LastError() const override { return lastError_; }
 
   private:
@@ -49,7 +52,11 @@ class FakeFileSystem : public FileSystem {
         std::uint32_t marks = 0;  // read-only and hidden
         std::string bytes;
         std::vector<std::string> children;  // keys of the entries
+        std::uint64_t version = 0;
     };
+
+    // Gives the node a version no node had before.
+    void Changed(Node& node) { node.version = ++versions_; }
 
     Node* Find(std::string_view path);
     const Node* Find(std::string_view path) const;
@@ -71,6 +78,7 @@ class FakeFileSystem : public FileSystem {
     std::function<bool(std::string_view)> readFails_;
     std::string readFailReason_;
     mutable std::string lastError_;
+    std::uint64_t versions_ = 0;
 };
 
 }  // namespace optera::platform

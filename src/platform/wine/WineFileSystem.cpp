@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +14,7 @@
 
 #include "platform/DirectoryOrder.h"
 #include "platform/WindowsPath.h"
+#include "platform/wine/FolderNames.h"
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/HostReplace.h"
 #include "platform/wine/RegFile.h"
@@ -109,22 +111,13 @@ std::string WindowsName(std::string_view hostName) {
 
 // The host name under which `folder` holds `component`: the component itself when an entry has
 // exactly that name, else the first entry in directory order that differs only in letter case.
-std::optional<std::string> FindEntry(const fs::path& folder, const std::string& component) {
+std::optional<std::string> FindEntry(FolderNames& names, const fs::path& folder,
+                                     const std::string& component) {
     std::string exact = HostName(component);
     struct stat st;
     if (::lstat((folder / exact).c_str(), &st) == 0) return exact;
-    Folder listing(folder);
-    std::optional<std::string> first;
-    std::string firstWindows;
-    while (const char* name = listing.Next()) {
-        std::string windows = WindowsName(name);
-        if (!text::EqualsNoCase(windows, component)) continue;
-        if (!first || DirectoryOrderLess(windows, firstWindows)) {
-            first = name;
-            firstWindows = std::move(windows);
-        }
-    }
-    return first;
+    if (::stat(folder.c_str(), &st) != 0) return std::nullopt;
+    return names.FindNoCase(folder, component, st);
 }
 
 // The mount of the host's file systems that holds `folder`, by its type ("ext4", "iso9660").
@@ -196,7 +189,8 @@ DriveType DriveTypeOf(const fs::path& target) {
     return DriveType::Fixed;
 }
 
-WineFileSystem::WineFileSystem(fs::path prefix) : prefix_(std::move(prefix)) {
+WineFileSystem::WineFileSystem(fs::path prefix)
+    : prefix_(std::move(prefix)), names_(std::make_shared<FolderNames>()) {
     std::error_code error;
     if (fs::path absolute = fs::absolute(prefix_, error); !error) prefix_ = absolute;
     const fs::path devices = prefix_ / "dosdevices";
@@ -235,23 +229,48 @@ const WineFileSystem::Drive* WineFileSystem::FindDrive(char letter) const {
 }
 
 std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath) const {
+    return ToHostPath(windowsPath, nullptr);
+}
+
+std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
+                                                   Found* found) const {
+    Found ignored;
+    Found& learnt = found ? *found : ignored;
+    learnt.what = Found::Unknown;
     if (windowsPath.find('\0') != std::string_view::npos) return std::nullopt;
     const Drive* drive = FindDrive(DriveLetterOf(windowsPath));
     if (!drive) return std::nullopt;
     const std::vector<std::string> parts = ComponentsOf(windowsPath);
 
-    fs::path exact = drive->target;
-    for (const std::string& part : parts) exact /= HostName(part);
+    // Joined as text: this runs for every question about a file.
+    std::string exact = drive->target.native();
+    std::size_t parentSize = exact.size();
+    for (const std::string& part : parts) {
+        parentSize = exact.size();
+        if (exact.empty() || exact.back() != '/') exact += '/';
+        exact += HostName(part);
+    }
     struct stat st;
-    if (::lstat(exact.c_str(), &st) == 0) return exact;
+    if (::lstat(exact.c_str(), &st) == 0) {
+        if (!S_ISLNK(st.st_mode)) learnt = {Found::Status, st};
+        return fs::path(std::move(exact));
+    }
+    // Most often only the last component is missing, or spelled in another case: when the
+    // folder above it is there as written, only that component is looked up.
+    const fs::path folder = parentSize == 0 ? fs::path("/") : fs::path(exact.substr(0, parentSize));
+    if (!parts.empty() && ::stat(folder.c_str(), &st) == 0) {
+        auto name = names_->FindNoCase(folder, parts.back(), st);
+        if (!name) learnt.what = Found::Missing;
+        return folder / (name ? *name : HostName(parts.back()));
+    }
 
     // Look each component up in its folder until one is missing; the rest stay as written.
     fs::path host = drive->target;
     bool searching = true;
     for (const std::string& part : parts) {
         if (searching) {
-            if (auto found = FindEntry(host, part)) {
-                host /= *found;
+            if (auto entry = FindEntry(*names_, host, part)) {
+                host /= *entry;
                 continue;
             }
             searching = false;
@@ -259,6 +278,19 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath)
         host /= HostName(part);
     }
     return host;
+}
+
+bool WineFileSystem::StatHost(std::string_view windowsPath, fs::path& host,
+                              struct stat& status) const {
+    Found found;
+    auto path = ToHostPath(windowsPath, &found);
+    if (!path || found.what == Found::Missing) return false;
+    host = std::move(*path);
+    if (found.what == Found::Status) {
+        status = found.status;
+        return true;
+    }
+    return ::stat(host.c_str(), &status) == 0;
 }
 
 std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) const {
@@ -302,16 +334,17 @@ std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) c
 }
 
 std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) const {
-    auto host = ToHostPath(path);
+    fs::path host;
     struct stat st;
-    if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
+    if (!StatHost(path, host, st)) return std::nullopt;
     // A drive's root is never hidden, whatever its host folder is called.
     if (ComponentsOf(path).empty()) return AttributesOf(st, "");
+    std::uint32_t bits = AttributesOf(st, host.filename().native());
+    if (!S_ISDIR(st.st_mode)) return bits;  // only a folder can be the kernel's
     struct stat parent;
     const dev_t parentDevice =
-        ::stat(host->parent_path().c_str(), &parent) == 0 ? parent.st_dev : st.st_dev;
-    std::uint32_t bits = AttributesOf(st, host->filename().native());
-    if (IsKernelFolder(*host, st, parentDevice)) bits |= attr::Hidden | attr::System;
+        ::stat(host.parent_path().c_str(), &parent) == 0 ? parent.st_dev : st.st_dev;
+    if (IsKernelFolder(host, st, parentDevice)) bits |= attr::Hidden | attr::System;
     return bits;
 }
 
@@ -377,6 +410,24 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> WineFileSystem::FileIdent
     struct stat st;
     if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
     return std::pair{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)};
+}
+
+std::optional<FileStamp> WineFileSystem::Stamp(std::string_view path) const {
+    fs::path host;
+    struct stat st;
+    if (!StatHost(path, host, st) || !S_ISREG(st.st_mode)) return std::nullopt;
+    auto nanoseconds = [](const struct timespec& time) {
+        return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+    };
+    FileStamp stamp{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino),
+                    static_cast<std::uint64_t>(st.st_size), nanoseconds(st.st_mtim),
+                    nanoseconds(st.st_ctim)};
+    constexpr std::int64_t kSettledAfterNs = 100'000'000;
+    struct timespec now;
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    stamp.settled =
+        nanoseconds(now) - std::max(stamp.modifiedNs, stamp.changedNs) > kSettledAfterNs;
+    return stamp;
 }
 
 std::optional<std::string> WineFileSystem::ReadAll(std::string_view path) const {

@@ -5,15 +5,20 @@
 // Read-only is "no write bit for anyone", hidden is a name starting with a dot.
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include <sys/stat.h>
+
 #include "platform/FileSystem.h"
 
 namespace optera::platform {
+
+class FolderNames;
 
 class WineFileSystem : public FileSystem {
   public:
@@ -56,9 +61,22 @@ class WineFileSystem : public FileSystem {
     std::vector<DriveInfo> Drives() const override;
     std::optional<std::pair<std::uint64_t, std::uint64_t>> FileIdentity(
         std::string_view path) const override;
+    // From the file's status; settled once its times are 100 ms behind the clock, well past the
+    // tick of the clock that stamps them.
+    std::optional<FileStamp> Stamp(std::string_view path) const override;
     std::string LastError() const override { return lastError_; }
 
   private:
+    // What ToHostPath learnt on the way about what is at the path.
+    struct Found {
+        enum { Unknown, Missing, Status } what = Unknown;
+        struct stat status;  // of the entry itself, which is not a link
+    };
+    std::optional<std::filesystem::path> ToHostPath(std::string_view windowsPath,
+                                                    Found* found) const;
+    // The host path and the status of what is there (links followed); false when nothing is.
+    bool StatHost(std::string_view windowsPath, std::filesystem::path& host,
+                  struct stat& status) const;
     const Drive* FindDrive(char letter) const;
     std::optional<std::vector<DirEntry>> ListFolder(std::string_view folder, bool quick) const;
 
@@ -69,6 +87,8 @@ class WineFileSystem : public FileSystem {
     std::vector<Drive> drives_;  // in letter order
     std::vector<std::pair<char, DriveType>> registryTypes_;
     mutable std::string lastError_;
+    // Spares a read of the whole folder for each name that differs in case or is missing.
+    std::shared_ptr<FolderNames> names_;
 };
 
 // The kind of drive a dosdevices target makes.

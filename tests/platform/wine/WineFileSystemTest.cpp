@@ -1,9 +1,15 @@
+#include <fcntl.h>
 #include <sys/stat.h>
 
+#include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <functional>
 #include <set>
+#include <thread>
 
 #include "platform/wine/WineFileSystem.h"
+#include "services/cPrivateProfile.h"
 #include "support/WinePrefix.h"
 
 using namespace optera::platform;
@@ -183,3 +189,68 @@ TEST_F(WineFileSystemTest, FolderOperationsFailWhereWindowsFails) {
 }
 
 }  // namespace
+
+// A name spelled in another case is found through a kept index of its folder; whatever changes
+// the folder from outside must show at the very next lookup.
+TEST_F(WineFileSystemTest, ANameInAnotherCaseFollowsEveryOutsideChangeOfItsFolder) {
+    const fs::path folder = driveC() / "Games" / "Sample";
+    temp.Write("drive_c/Games/Sample/readme.txt", "a");
+    const std::string asked = "C:\\Games\\Sample\\ReadMe.Txt";
+    ASSERT_EQ(files.ReadAll(asked), "a");
+    struct Step {
+        const char* what;
+        std::function<void()> change;
+        std::optional<std::string> read;
+    };
+    const Step steps[] = {
+        {"a spelling first in directory order appears",
+         [&] { temp.Write("drive_c/Games/Sample/README.TXT", "b"); }, "b"},
+        {"it goes again", [&] { fs::remove(folder / "README.TXT"); }, "a"},
+        {"the file is renamed to another case",
+         [&] { fs::rename(folder / "readme.txt", folder / "Readme.TXT"); }, "a"},
+        {"it is removed", [&] { fs::remove(folder / "Readme.TXT"); }, std::nullopt},
+        {"the folder is made anew with the name in it",
+         [&] {
+             fs::remove_all(folder);
+             temp.Write("drive_c/Games/Sample/READme.txt", "c");
+         },
+         "c"},
+    };
+    for (const Step& step : steps) {
+        step.change();
+        EXPECT_EQ(files.ReadAll(asked), step.read) << step.what;
+    }
+}
+
+// A profile file is kept between questions only while nothing can have changed it unseen: an
+// outside write of the same size, even one that puts the old modification time back, is read.
+TEST_F(WineFileSystemTest, AKeptProfileNeverOutlivesAnOutsideWrite) {
+    optera::services::cPrivateProfile profile(files);
+    const std::string ini = "C:\\Games\\Sample\\game.ini";
+    const fs::path host = driveC() / "Games" / "Sample" / "game.ini";
+    auto writeInPlace = [&](std::string_view bytes) {
+        std::ofstream(host, std::ios::binary | std::ios::in | std::ios::out) << bytes;
+    };
+    auto makeOld = [&] {
+        const struct timespec old[2] = {{1'700'000'000, 0}, {1'700'000'000, 0}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, host.c_str(), old, 0), 0);
+    };
+    temp.Write("drive_c/Games/Sample/game.ini", "[s]\nk=1\n");
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), "1");
+    writeInPlace("[s]\nk=2\n");  // within the same tick of the clock
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), "2");
+
+    // Settled: the file is old and its last change is past, so it is kept.
+    makeOld();
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), "2");
+    writeInPlace("[s]\nk=3\n");
+    makeOld();
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), "3") << "only its change time moved";
+
+    makeOld();
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), "3");
+    ASSERT_TRUE(profile.SetIniStringValue(ini, "s", "k", "4"));
+    EXPECT_EQ(profile.GetIniStringValue(ini, "s", "k"), "4") << "our own write";
+}
