@@ -153,14 +153,15 @@ std::optional<DWORD> ParseDword(std::u16string_view text) {
 enum class HexEnd { Done, More, Bad };
 
 // Reads the comma-separated bytes of one line of hex data into `bytes`. A "\" where the next
-// byte would start continues the value on the next line; what follows it on the line is not
-// read, so that "01,\ ;comment" still continues. A "\" anywhere else (as in "01\") is no
-// continuation: the value is bad, and the next line is read as a line of its own.
-HexEnd ReadHexLine(std::u16string_view text, std::vector<std::uint8_t>& bytes) {
-    while (true) {
+// byte would start, with nothing but blanks or a comment after it, continues the value on the
+// next line. A "\" anywhere else (as in "01\"), or alone on a line that continues a value,
+// makes the value bad, and the next line is read as a line of its own.
+HexEnd ReadHexLine(std::u16string_view text, std::vector<std::uint8_t>& bytes, bool continuing) {
+    for (bool first = true;; first = false) {
         SkipNumberBlanks(text);
         if (text.empty() || text.front() == u';') return HexEnd::Done;
-        if (text.front() == u'\\') return HexEnd::More;
+        if (text.front() == u'\\')
+            return AtLineEnd(text.substr(1)) && !(first && continuing) ? HexEnd::More : HexEnd::Bad;
         auto byte = TakeNumber(text, 0xFF, true, true);
         if (!byte) return HexEnd::Bad;
         bytes.push_back(static_cast<std::uint8_t>(*byte));
@@ -186,6 +187,7 @@ std::vector<std::uint8_t> StringData(std::vector<std::uint8_t> data, bool unicod
         data = Utf16LeBytes(text::Utf16FromCodePage(
             std::string_view(reinterpret_cast<const char*>(data.data()), data.size())));
     const std::size_t size = data.size();
+    // Data of an odd length is no string: the editor cannot load it, and it is kept as given.
     if (size >= 2 && size % 2 == 0 && (data[size - 2] != 0 || data[size - 1] != 0))
         data.insert(data.end(), {0, 0});
     return data;
@@ -209,6 +211,18 @@ HKEY RootKey(std::u16string_view name) {
         if (same) return root;
     }
     return 0;
+}
+
+// A key's path below its root with empty names left out: the editor reads "A\\\\B" and "A\\"
+// as "A\\B" and "A".
+std::u16string SubKeyPath(std::u16string_view path) {
+    std::u16string clean;
+    for (char16_t c : path) {
+        if (c == u'\\' && (clean.empty() || clean.back() == u'\\')) continue;
+        clean += c;
+    }
+    if (!clean.empty() && clean.back() == u'\\') clean.pop_back();
+    return clean;
 }
 
 // Deletes a key and everything below it; false when something stays.
@@ -247,7 +261,7 @@ class Importer {
 
     // The end of the file ends a value that was still going on: the editor stores what it has.
     void Finish() {
-        if (pending_) Store(*pending_);
+        if (pending_) StoreHex(*pending_);
         pending_.reset();
     }
 
@@ -258,12 +272,10 @@ class Importer {
         std::vector<std::uint8_t> data;
     };
 
+    // A value line is read whole even where no key is open (its value is then lost, as the values
+    // of a key that could not be made are lost with it): a hex value there still goes on over the
+    // lines after it, as the editor reads them.
     void ValueLine(std::u16string_view line) {
-        // The values of a key that could not be made are lost with it.
-        if (key_ == 0) {
-            whole_ = false;
-            return;
-        }
         Value value;
         if (!TakePrefix(line, u"@")) {
             auto name = TakeQuoted(line);
@@ -274,7 +286,7 @@ class Importer {
         if (!TakePrefix(line, u"=")) return Refuse();
         SkipBlanks(line);
         if (TakePrefix(line, u"-")) {
-            if (!AtLineEnd(line)) return Refuse();
+            if (!AtLineEnd(line) || key_ == 0) return Refuse();
             LONG code = store_.RegDeleteValueW(key_, value.name);
             whole_ = (code == regerror::Success || code == regerror::FileNotFound) && whole_;
             return;
@@ -304,7 +316,7 @@ class Importer {
         }
         if (!TakePrefix(line, u":")) return Refuse();
         pending_ = std::move(value);
-        HexData(line);
+        HexData(line, false);
     }
 
     // A line after one that ended in a "\" continuing a hex value. Blank lines and comment lines
@@ -314,15 +326,15 @@ class Importer {
         std::u16string_view rest = line;
         SkipBlanks(rest);
         if (rest.empty() || rest[0] == u';') return;
-        HexData(line);
+        HexData(line, true);
     }
 
-    void HexData(std::u16string_view line) {
-        switch (ReadHexLine(line, pending_->data)) {
+    void HexData(std::u16string_view line, bool continuing) {
+        switch (ReadHexLine(line, pending_->data, continuing)) {
             case HexEnd::More:
                 return;
             case HexEnd::Done:
-                Store(*pending_);
+                StoreHex(*pending_);
                 break;
             case HexEnd::Bad:
                 whole_ = false;
@@ -331,29 +343,34 @@ class Importer {
         pending_.reset();
     }
 
-    void Store(Value& value) {
-        if (value.type == regtype::Sz || value.type == regtype::ExpandSz ||
-            value.type == regtype::MultiSz) {
-            if (value.data.size() % 2 != 0 && unicode_) return Refuse();
-            value.data = StringData(std::move(value.data), unicode_);
-        }
+    void Store(const Value& value) {
         whole_ =
+            key_ != 0 &&
             store_.RegSetValueExW(key_, value.name, value.type, value.data) == regerror::Success &&
             whole_;
+    }
+
+    void StoreHex(Value& value) {
+        if (value.type == regtype::Sz || value.type == regtype::ExpandSz ||
+            value.type == regtype::MultiSz)
+            value.data = StringData(std::move(value.data), unicode_);
+        Store(value);
     }
 
     void Refuse() { whole_ = false; }
 
     void KeyLine(std::u16string_view line) {
         std::size_t close = line.rfind(u']');
-        // A line without its "]" is passed over, and the key open stays open.
-        if (close == std::u16string_view::npos) return Refuse();
+        // A line without its "]", or with a blank after its "[", is passed over, and the key
+        // open stays open.
+        if (close == std::u16string_view::npos || (line.size() > 1 && IsBlank(line[1])))
+            return Refuse();
         Close();
         std::u16string_view path = line.substr(1, close - 1);
         const bool remove = TakePrefix(path, u"-");
         std::size_t cut = std::min(path.find(u'\\'), path.size());
         HKEY root = RootKey(path.substr(0, cut));
-        std::u16string subKey(path.substr(std::min(cut + 1, path.size())));
+        std::u16string subKey = SubKeyPath(path.substr(std::min(cut + 1, path.size())));
         if (root == 0 || (remove && subKey.empty())) return Refuse();
         if (remove) {
             whole_ = DeleteTree(store_, root, subKey, view_) && whole_;

@@ -166,6 +166,26 @@ def run_oracle(todo, work, prefix, tool, export_check):
     return result
 
 
+def recheck(todo, work, prefix):
+    """Loads each case given alone, in a call of its own: a batch may lose a file after one the
+    editor misreads without it showing on the sentinels. {index: [lines]}."""
+    env = dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all")
+    folder = os.path.join(work, "oracle")
+    os.makedirs(folder, exist_ok=True)
+    result = {}
+    for index, data in todo.items():
+        name = os.path.join(folder, "alone%d.reg" % index)
+        open(name, "wb").write(data)
+        sh(["wine", "reg", "delete", "HKCU\\Software\\RegDiff\\Case%d" % index, "/f"], env)
+        sh(["wine", "regedit", "/s", winpath(name)], env)
+        out = os.path.join(folder, "alone.reg")
+        if os.path.exists(out):
+            os.remove(out)
+        sh(["wine", "regedit", "/e", winpath(out), KEY + "\\Case%d" % index], env)
+        result[index] = split_export(read_utf16(out)).get("Case%d" % index, [])
+    return result
+
+
 def check_export(env, folder, tool, prefix):
     """Prints where `wine regedit /e` and our export of the same key differ."""
     theirs = os.path.join(folder, "theirs.reg")
@@ -234,12 +254,19 @@ def main():
         json.dump(cache, open(cache_path, "w"))
 
     ours = run_ours(cases, args.work, args.tool)
+    # A case that differs after a load in a batch is loaded again alone before it counts.
+    again = {i: cases[i][2] for i in range(len(cases))
+             if cache[keys[i]][0] == "ok" and not is_same(ours[i][1], cache[keys[i]][1])}
+    if again and shutil.which("wine"):
+        for i, lines in recheck(again, args.work, prefix).items():
+            cache[keys[i]] = ["alone", lines]
+        json.dump(cache, open(cache_path, "w"))
     counts = {}
     differing = []
     apart = {"crash": 0, "leak": 0}
     for i, (cls, desc, _) in enumerate(cases):
         status, theirs = cache[keys[i]]
-        if status != "ok":
+        if status not in ("ok", "alone"):
             apart[status] += 1
             continue
         total, bad = counts.get(cls, (0, 0))
@@ -258,14 +285,16 @@ def main():
         print("Case%d [%s] %s" % (i, cls, desc))
         print("   editor:", " | ".join(cache[keys[i]][1]))
         print("   ours:  ", " | ".join(ours[i][1]), "" if ours[i][0] else "(partial)")
-    print("class          cases  differing")
+    print("class              cases  differing")
     for cls, (total, bad) in sorted(counts.items()):
-        print("%-14s %5d  %5d" % (cls, total, bad))
+        print("%-18s %5d  %5d" % (cls, total, bad))
     compared = sum(t for t, _ in counts.values())
     print("%d of %d cases differ (%d more set apart: the editor crashed on %d, lost the "
           "next file after %d)" % (len(differing), compared, apart["crash"] + apart["leak"],
                                    apart["crash"], apart["leak"]))
-    return 1 if args.strict and differing else 0
+    # Classes named "-stop" and "-wide" differ on purpose (see cases.py); --strict passes over them.
+    unexpected = [i for i in differing if not cases[i][0].endswith(("-stop", "-wide"))]
+    return 1 if args.strict and unexpected else 0
 
 
 if __name__ == "__main__":
