@@ -40,45 +40,23 @@ def winpath(path):
     return "Z:" + path.replace("/", "\\")
 
 
-def canonical(line):
-    """A value line of an export as (name, form) that both exports write alike: the editor's
-    export writes a string value up to its first NUL, and a REG_DWORD of another size than
-    four bytes as a dword (whose missing bytes it makes up), so those are compared so far."""
-    if line.startswith("["):
-        return (line, "")
-    if line.startswith("@="):
-        name, data = "", line[2:]
-    else:
-        m = re.match(r'^"((?:[^"\\]|\\.)*)"=(.*)$', line)
-        if not m:
-            return (line, "?")
-        name, data = m.group(1), m.group(2)
-    m = re.match(r"^hex(?:\(([0-9a-f]+)\))?:(.*)$", data)
-    if m:
-        kind = int(m.group(1) or "3", 16)
-        raw = bytes(int(b, 16) for b in m.group(2).split(",") if b)
-        if kind == 1 and len(raw) % 2 == 0:
-            text = raw.decode("utf-16-le")
-            text = text[:text.index("\0")] if "\0" in text else text
-            data = '"%s"' % text.replace("\\", "\\\\").replace('"', '\\"') \
-                .replace("\n", "\\n").replace("\r", "\\r")
-        elif kind == 4 and 0 < len(raw) < 4:
-            data = "dword~" + "".join("%02x" % b for b in reversed(raw))
-    if data.startswith("dword:"):
-        data = "dword~" + data[6:]
-    return (name.lower(), data)
+def value_name(line):
+    """The name of a value line, lower case, for sorting."""
+    m = re.match(r'^"((?:[^"\\]|\\.)*)"=', line)
+    return m.group(1).lower() if m else line
 
 
-def is_same(ours, theirs):
-    ours, theirs = [canonical(l) for l in ours], [canonical(l) for l in theirs]
-    if len(ours) != len(theirs):
-        return False
-    for (a, b) in zip(ours, theirs):
-        if a[0] != b[0] or (a[1] != b[1] and not (a[1].startswith("dword~") and
-                                                  b[1].startswith("dword~") and
-                                                  b[1].endswith(a[1][6:]))):
-            return False
-    return True
+def normal(lines):
+    """A case's lines with the values of each key in name order."""
+    out, values = [], []
+    for line in lines + ["["]:
+        if line.startswith("["):
+            out += sorted(values, key=value_name)
+            values = []
+            out.append(line)
+        else:
+            values.append(line)
+    return out[:-1]
 
 
 def split_export(text):
@@ -102,7 +80,7 @@ def split_export(text):
     for (case, rel) in sorted(sections, key=lambda s: (s[0], s[1].lower())):
         per_case.setdefault(case, []).append("[%s]" % rel)
         # Values in name order: the editor's registry keeps them so, ours in the order made.
-        per_case[case] += sorted(sections[(case, rel)], key=lambda l: canonical(l)[0])
+        per_case[case] += sorted(sections[(case, rel)], key=value_name)
     return per_case
 
 
@@ -157,41 +135,43 @@ def run_oracle(todo, work, prefix, tool, export_check):
             status[index] = "ok"
             done += 1
         at += done
-    theirs = os.path.join(folder, "theirs.reg")
-    sh(["wine", "regedit", "/e", winpath(theirs), KEY], env)
-    per_case = split_export(read_utf16(theirs))
+    per_case = read_prefix(env, folder, tool, prefix)
     result = {i: (status[i], per_case.get("Case%d" % i, [])) for i in todo}
     if export_check:
         check_export(env, folder, tool, prefix)
     return result
 
 
-def recheck(todo, work, prefix):
+def read_prefix(env, folder, tool, prefix):
+    """The cases' keys as our export writes them from the prefix's hive files, once the server
+    has saved them: those keep every byte, where the editor's own export writes a string only
+    up to its first NUL."""
+    sh(["wineserver", "-k"], env)
+    sh(["wineserver", "-w"], env)
+    out = os.path.join(folder, "export")
+    sh([tool, "--prefix", prefix, out], env)
+    return split_export(read_utf16(out + ".ours"))
+
+
+def recheck(todo, work, prefix, tool):
     """Loads each case given alone, in a call of its own: a batch may lose a file after one the
     editor misreads without it showing on the sentinels. {index: [lines]}."""
     env = dict(os.environ, WINEPREFIX=prefix, WINEDEBUG="-all")
     folder = os.path.join(work, "oracle")
     os.makedirs(folder, exist_ok=True)
-    result = {}
     for index, data in todo.items():
         name = os.path.join(folder, "alone%d.reg" % index)
         open(name, "wb").write(data)
         sh(["wine", "reg", "delete", "HKCU\\Software\\RegDiff\\Case%d" % index, "/f"], env)
         sh(["wine", "regedit", "/s", winpath(name)], env)
-        out = os.path.join(folder, "alone.reg")
-        if os.path.exists(out):
-            os.remove(out)
-        sh(["wine", "regedit", "/e", winpath(out), KEY + "\\Case%d" % index], env)
-        result[index] = split_export(read_utf16(out)).get("Case%d" % index, [])
-    return result
+    per_case = read_prefix(env, folder, tool, prefix)
+    return {index: per_case.get("Case%d" % index, []) for index in todo}
 
 
 def check_export(env, folder, tool, prefix):
     """Prints where `wine regedit /e` and our export of the same key differ."""
     theirs = os.path.join(folder, "theirs.reg")
-    sh(["wineserver", "-k"], env)
-    sh(["wineserver", "-w"], env)
-    sh([tool, "--prefix", prefix, os.path.join(folder, "export")], env)
+    sh(["wine", "regedit", "/e", winpath(theirs), KEY], env)
     a = read_utf16(theirs).replace("\r\n", "\n").split("\n")
     b = read_utf16(os.path.join(folder, "export.ours")).replace("\r\n", "\n").split("\n")
     import difflib
@@ -256,9 +236,9 @@ def main():
     ours = run_ours(cases, args.work, args.tool)
     # A case that differs after a load in a batch is loaded again alone before it counts.
     again = {i: cases[i][2] for i in range(len(cases))
-             if cache[keys[i]][0] == "ok" and not is_same(ours[i][1], cache[keys[i]][1])}
+             if cache[keys[i]][0] == "ok" and normal(ours[i][1]) != normal(cache[keys[i]][1])}
     if again and shutil.which("wine"):
-        for i, lines in recheck(again, args.work, prefix).items():
+        for i, lines in recheck(again, args.work, prefix, args.tool).items():
             cache[keys[i]] = ["alone", lines]
         json.dump(cache, open(cache_path, "w"))
     counts = {}
@@ -270,7 +250,7 @@ def main():
             apart[status] += 1
             continue
         total, bad = counts.get(cls, (0, 0))
-        same = is_same(ours[i][1], theirs)
+        same = normal(ours[i][1]) == normal(theirs)
         counts[cls] = (total + 1, bad + (0 if same else 1))
         if not same:
             differing.append(i)
