@@ -50,10 +50,12 @@ bool ExportRegistryKey(platform::KeyStore& store, platform::FileSystem& files,
                        platform::REGSAM view = kView64);
 
 // Loads a ".reg" text (UTF-16LE with its byte-order mark, or 8-bit): creates the keys it names,
-// deletes those written "[-key]", sets and deletes values. A line it cannot read or a change the
-// store refuses is passed over and the rest still loads, but the result is then false, as it is
-// for a text without the registry editor's header: only a true result means that everything
-// the file holds is in the registry now.
+// deletes those written "[-key]", sets and deletes values. Each line is read as the registry
+// editor reads it, so that what the editor loads from a file loads here too. A line it cannot
+// read or a change the store refuses is passed over and the rest still loads (even after a
+// string holding "\0", where the editor stops), but the result is then false, as it is for a
+// text without the registry editor's header: only a true result means that everything the file
+// holds is in the registry now.
 bool ImportText(platform::KeyStore& store, std::string_view bytes, platform::REGSAM view = kView64);
 
 // Loads a ".reg" file; false when it cannot be read, is not such a file, or did not load whole.

@@ -1,3 +1,6 @@
+// The ".reg" reader. It reads a file line by line as the system's registry editor does, so that a
+// file the editor loads loads the same here, a line the editor passes over is passed over here
+// too, and a bad line costs that line and nothing after it.
 #include <algorithm>
 #include <optional>
 #include <vector>
@@ -31,66 +34,49 @@ std::u16string FileText(std::string_view bytes, bool& unicode) {
     return units;
 }
 
-std::u16string_view TrimStart(std::u16string_view text) {
-    return text.substr(std::min(text.find_first_not_of(u" \t"), text.size()));
-}
-
-// ASCII letters compared without regard to case.
-bool StartsWithNoCase(std::u16string_view text, std::string_view prefix) {
-    if (text.size() < prefix.size()) return false;
-    for (std::size_t i = 0; i < prefix.size(); ++i)
-        if (text[i] > 0x7F ||
-            text::FoldLower(static_cast<char>(text[i])) != text::FoldLower(prefix[i]))
-            return false;
-    return true;
-}
-
-// The file's lines with continuations ("\" at the end of a line) joined and line ends dropped.
-std::vector<std::u16string> LogicalLines(const std::u16string& content) {
-    std::vector<std::u16string> lines;
-    std::u16string current;
-    bool continuing = false;
-    std::size_t at = 0;
-    while (at <= content.size()) {
-        std::size_t end = content.find(u'\n', at);
-        if (end == std::u16string::npos) end = content.size();
-        std::u16string_view line = std::u16string_view(content).substr(at, end - at);
-        at = end + 1;
-        if (line.ends_with(u'\r')) line.remove_suffix(1);
-        if (continuing) line = TrimStart(line);
-        current += line;
-        continuing = !current.empty() && current.back() == u'\\' &&
-                     current.find(u"=hex") != std::u16string::npos;
-        if (continuing) {
-            current.pop_back();
-            continue;
-        }
-        lines.push_back(std::move(current));
-        current.clear();
+// The lines of a text. A line ends at CR LF, LF or a lone CR: the editor takes all three, so a
+// file saved on an old Mac or by a tool that writes bare CRs still loads.
+std::vector<std::u16string_view> Lines(std::u16string_view text) {
+    std::vector<std::u16string_view> lines;
+    while (!text.empty()) {
+        std::size_t end = std::min(text.find_first_of(u"\r\n"), text.size());
+        lines.push_back(text.substr(0, end));
+        if (end < text.size() && text[end] == u'\r' && end + 1 < text.size() &&
+            text[end + 1] == u'\n')
+            ++end;
+        text.remove_prefix(std::min(end + 1, text.size()));
     }
-    // A continuation on the last line has nothing to join.
-    if (continuing) lines.push_back(std::move(current));
     return lines;
 }
 
-// A quoted string at the start of `text` with its escapes undone; `text` moves past it.
-std::optional<std::u16string> TakeQuoted(std::u16string_view& text) {
-    if (text.empty() || text[0] != u'"') return std::nullopt;
-    std::u16string value;
-    for (std::size_t i = 1; i < text.size(); ++i) {
-        char16_t c = text[i];
-        if (c == u'"') {
-            text.remove_prefix(i + 1);
-            return value;
-        }
-        if (c == u'\\' && i + 1 < text.size()) {
-            char16_t next = text[++i];
-            value += next == u'n' ? u'\n' : next == u'r' ? u'\r' : next == u'0' ? u'\0' : next;
-        } else {
-            value += c;
-        }
-    }
-    return std::nullopt;
+// Blanks that may stand before a line's content and around "=".
+bool IsBlank(char16_t c) {
+    return c == u' ' || c == u'\t';
+}
+
+// Blanks that may stand before a number (and after one, before the line's end).
+bool IsNumberBlank(char16_t c) {
+    return IsBlank(c) || c == u'\v' || c == u'\f';
+}
+
+void SkipBlanks(std::u16string_view& text) {
+    while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
+}
+
+void SkipNumberBlanks(std::u16string_view& text) {
+    while (!text.empty() && IsNumberBlank(text.front())) text.remove_prefix(1);
+}
+
+// Whether nothing but blanks and maybe a ";" comment is left.
+bool AtLineEnd(std::u16string_view text) {
+    SkipNumberBlanks(text);
+    return text.empty() || text.front() == u';';
+}
+
+bool TakePrefix(std::u16string_view& text, std::u16string_view prefix) {
+    if (!text.starts_with(prefix)) return false;
+    text.remove_prefix(prefix.size());
+    return true;
 }
 
 int HexDigit(char16_t c) {
@@ -100,31 +86,88 @@ int HexDigit(char16_t c) {
     return -1;
 }
 
-std::optional<std::vector<std::uint8_t>> HexBytes(std::u16string_view text) {
-    std::vector<std::uint8_t> bytes;
-    std::size_t i = 0;
-    while (i < text.size()) {
-        while (i < text.size() && (text[i] == u' ' || text[i] == u'\t' || text[i] == u',')) ++i;
-        if (i >= text.size()) break;
-        int high = HexDigit(text[i]);
-        int low = i + 1 < text.size() ? HexDigit(text[i + 1]) : -1;
-        if (high < 0 || low < 0) return std::nullopt;
-        bytes.push_back(static_cast<std::uint8_t>(high << 4 | low));
-        i += 2;
+// A quoted name or string at the start of `text` with its escapes undone; `text` moves past it.
+// "\n" and "\r" are line breaks; any other escaped character stands for itself. nullopt when the
+// quote is not closed on the line, or for "\0", which the editor cannot read either (it stops
+// loading the file there); here that line alone is passed over.
+std::optional<std::u16string> TakeQuoted(std::u16string_view& text) {
+    if (text.empty() || text[0] != u'"') return std::nullopt;
+    std::u16string value;
+    for (std::size_t i = 1; i < text.size(); ++i) {
+        char16_t c = text[i];
+        if (c == u'"') {
+            text.remove_prefix(i + 1);
+            return value;
+        }
+        if (c != u'\\') {
+            value += c;
+            continue;
+        }
+        if (++i == text.size()) return std::nullopt;
+        c = text[i];
+        if (c == u'0') return std::nullopt;
+        value += c == u'n' ? u'\n' : c == u'r' ? u'\r' : c;
     }
-    return bytes;
+    return std::nullopt;
 }
 
-// One to eight hex digits as a number.
-std::optional<DWORD> HexNumber(std::u16string_view digits) {
-    if (digits.empty() || digits.size() > 8) return std::nullopt;
-    DWORD number = 0;
-    for (char16_t c : digits) {
-        int digit = HexDigit(c);
-        if (digit < 0) return std::nullopt;
-        number = number << 4 | static_cast<DWORD>(digit);
+// A number in hex digits as the editor reads the type in "hex(N):" and each byte of hex data:
+// blanks, a sign, for bytes a "0x", then digits. nullopt when it is larger than `limit`, or has
+// no digits where `digitsNeeded`; a minus sign gives the number's two's complement.
+std::optional<DWORD> TakeNumber(std::u16string_view& text, DWORD limit, bool allowPrefix,
+                                bool digitsNeeded) {
+    SkipNumberBlanks(text);
+    bool negative = false;
+    if (!text.empty() && (text.front() == u'+' || text.front() == u'-')) {
+        negative = text.front() == u'-';
+        text.remove_prefix(1);
     }
+    if (allowPrefix && text.size() > 2 && text[0] == u'0' && (text[1] == u'x' || text[1] == u'X') &&
+        HexDigit(text[2]) >= 0)
+        text.remove_prefix(2);
+    std::uint64_t number = 0;
+    std::size_t digits = 0;
+    for (; digits < text.size() && HexDigit(text[digits]) >= 0; ++digits) {
+        number = number << 4 | static_cast<unsigned>(HexDigit(text[digits]));
+        if (number > 0xFFFFFFFFu) return std::nullopt;
+    }
+    if (digits == 0 && digitsNeeded) return std::nullopt;
+    text.remove_prefix(digits);
+    DWORD value = static_cast<DWORD>(negative ? 0x100000000u - number : number);
+    if (value > limit) return std::nullopt;
+    return value;
+}
+
+// "dword:" data: one to eight hex digits between blanks, nothing else but a comment.
+std::optional<DWORD> ParseDword(std::u16string_view text) {
+    SkipNumberBlanks(text);
+    std::size_t digits = 0;
+    while (digits < text.size() && HexDigit(text[digits]) >= 0) ++digits;
+    if (digits == 0 || digits > 8 || !AtLineEnd(text.substr(digits))) return std::nullopt;
+    DWORD number = 0;
+    for (char16_t c : text.substr(0, digits)) number = number << 4 | HexDigit(c);
     return number;
+}
+
+// How a line of hex data ended: complete, continued on the next line, or unreadable.
+enum class HexEnd { Done, More, Bad };
+
+// Reads the comma-separated bytes of one line of hex data into `bytes`. A "\" where the next
+// byte would start, with nothing but blanks or a comment after it, continues the value on the
+// next line. A "\" anywhere else (as in "01\"), or alone on a line that continues a value,
+// makes the value bad, and the next line is read as a line of its own.
+HexEnd ReadHexLine(std::u16string_view text, std::vector<std::uint8_t>& bytes, bool continuing) {
+    for (bool first = true;; first = false) {
+        SkipNumberBlanks(text);
+        if (text.empty() || text.front() == u';') return HexEnd::Done;
+        if (text.front() == u'\\')
+            return AtLineEnd(text.substr(1)) && !(first && continuing) ? HexEnd::More : HexEnd::Bad;
+        auto byte = TakeNumber(text, 0xFF, true, true);
+        if (!byte) return HexEnd::Bad;
+        bytes.push_back(static_cast<std::uint8_t>(*byte));
+        if (TakePrefix(text, u",")) continue;
+        return AtLineEnd(text) ? HexEnd::Done : HexEnd::Bad;
+    }
 }
 
 std::vector<std::uint8_t> Utf16LeBytes(std::u16string_view units) {
@@ -136,46 +179,50 @@ std::vector<std::uint8_t> Utf16LeBytes(std::u16string_view units) {
     return bytes;
 }
 
-struct Value {
-    DWORD type = regtype::Sz;
-    std::vector<std::uint8_t> data;  // strings as UTF-16LE, for the store's wide path
-};
+// The data of a string type given in hex as it is stored. An 8-bit file holds the bytes of its
+// strings in the code page. Data that does not end in a NUL gets one, as the editor adds it:
+// a string written by hand without its terminator still reads back whole.
+std::vector<std::uint8_t> StringData(std::vector<std::uint8_t> data, bool unicode) {
+    if (!unicode)
+        data = Utf16LeBytes(text::Utf16FromCodePage(
+            std::string_view(reinterpret_cast<const char*>(data.data()), data.size())));
+    const std::size_t size = data.size();
+    // Data of an odd length is no string: the editor cannot load it, and it is kept as given.
+    if (size >= 2 && size % 2 == 0 && (data[size - 2] != 0 || data[size - 1] != 0))
+        data.insert(data.end(), {0, 0});
+    return data;
+}
 
-// The data of a value line after its "=": "text", dword:, hex:, hex(N):.
-std::optional<Value> ParseData(std::u16string_view text, bool unicode) {
-    if (text.starts_with(u'"')) {
-        auto quoted = TakeQuoted(text);
-        if (!quoted) return std::nullopt;
-        return Value{regtype::Sz, Utf16LeBytes(*quoted + u'\0')};
+// The root key a key line names; only the full names, as the editor takes no others.
+HKEY RootKey(std::u16string_view name) {
+    static const std::pair<std::string_view, HKEY> kRoots[] = {
+        {"HKEY_CLASSES_ROOT", platform::hkey::ClassesRoot},
+        {"HKEY_CURRENT_USER", platform::hkey::CurrentUser},
+        {"HKEY_LOCAL_MACHINE", platform::hkey::LocalMachine},
+        {"HKEY_USERS", platform::hkey::Users},
+        {"HKEY_CURRENT_CONFIG", platform::hkey::CurrentConfig},
+    };
+    for (const auto& [full, root] : kRoots) {
+        if (name.size() != full.size()) continue;
+        bool same = true;
+        for (std::size_t i = 0; same && i < full.size(); ++i)
+            same = name[i] < 0x80 &&
+                   text::FoldLower(static_cast<char>(name[i])) == text::FoldLower(full[i]);
+        if (same) return root;
     }
-    if (StartsWithNoCase(text, "dword:")) {
-        auto number = HexNumber(text.substr(6));
-        if (!number) return std::nullopt;
-        return Value{
-            regtype::Dword,
-            {static_cast<std::uint8_t>(*number), static_cast<std::uint8_t>(*number >> 8),
-             static_cast<std::uint8_t>(*number >> 16), static_cast<std::uint8_t>(*number >> 24)}};
+    return 0;
+}
+
+// A key's path below its root with empty names left out: the editor reads "A\\\\B" and "A\\"
+// as "A\\B" and "A".
+std::u16string SubKeyPath(std::u16string_view path) {
+    std::u16string clean;
+    for (char16_t c : path) {
+        if (c == u'\\' && (clean.empty() || clean.back() == u'\\')) continue;
+        clean += c;
     }
-    if (!StartsWithNoCase(text, "hex")) return std::nullopt;
-    text.remove_prefix(3);
-    Value value{regtype::Binary, {}};
-    if (text.starts_with(u'(')) {
-        std::size_t close = text.find(u')');
-        if (close == std::u16string_view::npos) return std::nullopt;
-        auto type = HexNumber(text.substr(1, close - 1));
-        if (!type) return std::nullopt;
-        value.type = *type;
-        text.remove_prefix(close + 1);
-    }
-    if (!text.starts_with(u':')) return std::nullopt;
-    auto bytes = HexBytes(text.substr(1));
-    if (!bytes) return std::nullopt;
-    value.data = std::move(*bytes);
-    // An 8-bit file holds the bytes of its strings in the code page.
-    if (!unicode && platform::IsStringType(value.type))
-        value.data = Utf16LeBytes(text::Utf16FromCodePage(
-            std::string_view(reinterpret_cast<const char*>(value.data.data()), value.data.size())));
-    return value;
+    if (!clean.empty() && clean.back() == u'\\') clean.pop_back();
+    return clean;
 }
 
 // Deletes a key and everything below it; false when something stays.
@@ -193,6 +240,8 @@ bool DeleteTree(KeyStore& store, HKEY root, const std::u16string& path, REGSAM v
     return whole && store.RegDeleteKeyExW(root, path, view) == regerror::Success;
 }
 
+// Reads the lines after the header: key lines open (or delete) a key, value lines set or delete
+// a value of the key open, a value in hex may go on over the lines that follow it.
 class Importer {
   public:
     Importer(KeyStore& store, bool unicode, REGSAM view)
@@ -201,52 +250,128 @@ class Importer {
     bool whole() const { return whole_; }
 
     void Line(std::u16string_view line) {
-        if (line.empty() || line[0] == u';' || line[0] == u'#') return;
+        if (pending_) return ContinueHex(line);
+        SkipBlanks(line);
+        if (line.empty() || line[0] == u';') return;
         if (line[0] == u'[') return KeyLine(line);
-        // The values of a key that could not be made are lost with it, and were counted so.
-        if (key_ == 0) return;
-        whole_ = ValueLine(line) && whole_;
+        if (line[0] == u'@' || line[0] == u'"') return ValueLine(line);
+        // Anything else ("#" remarks among them) is passed over, as the editor does.
+        whole_ = false;
+    }
+
+    // The end of the file ends a value that was still going on: the editor stores what it has.
+    void Finish() {
+        if (pending_) StoreHex(*pending_);
+        pending_.reset();
     }
 
   private:
-    bool ValueLine(std::u16string_view line) {
+    struct Value {
         std::u16string name;
-        if (line.starts_with(u'@')) {
-            line.remove_prefix(1);
-        } else {
-            auto quoted = TakeQuoted(line);
-            if (!quoted) return false;
-            name = *quoted;
+        DWORD type = regtype::Sz;
+        std::vector<std::uint8_t> data;
+    };
+
+    // A value line is read whole even where no key is open (its value is then lost, as the values
+    // of a key that could not be made are lost with it): a hex value there still goes on over the
+    // lines after it, as the editor reads them.
+    void ValueLine(std::u16string_view line) {
+        Value value;
+        if (!TakePrefix(line, u"@")) {
+            auto name = TakeQuoted(line);
+            if (!name) return Refuse();
+            value.name = std::move(*name);
         }
-        line = TrimStart(line);
-        if (!line.starts_with(u'=')) return false;
-        line = TrimStart(line.substr(1));
-        if (line == u"-") {
-            LONG code = store_.RegDeleteValueW(key_, name);
-            return code == regerror::Success || code == regerror::FileNotFound;
+        SkipBlanks(line);
+        if (!TakePrefix(line, u"=")) return Refuse();
+        SkipBlanks(line);
+        if (TakePrefix(line, u"-")) {
+            if (!AtLineEnd(line) || key_ == 0) return Refuse();
+            LONG code = store_.RegDeleteValueW(key_, value.name);
+            whole_ = (code == regerror::Success || code == regerror::FileNotFound) && whole_;
+            return;
         }
-        auto value = ParseData(line, unicode_);
-        return value &&
-               store_.RegSetValueExW(key_, name, value->type, value->data) == regerror::Success;
+        if (line.starts_with(u'"')) {
+            auto text = TakeQuoted(line);
+            if (!text || !AtLineEnd(line)) return Refuse();
+            value.data = Utf16LeBytes(*text + u'\0');
+            return Store(value);
+        }
+        // The type names are read in lower case only, as the editor reads them.
+        if (TakePrefix(line, u"dword:")) {
+            auto number = ParseDword(line);
+            if (!number) return Refuse();
+            value.type = regtype::Dword;
+            for (int shift = 0; shift < 32; shift += 8)
+                value.data.push_back(static_cast<std::uint8_t>(*number >> shift));
+            return Store(value);
+        }
+        if (!TakePrefix(line, u"hex")) return Refuse();
+        value.type = regtype::Binary;
+        if (TakePrefix(line, u"(")) {
+            // "hex():" is type 0 to the editor, so a file it took that way loads the same.
+            auto type = TakeNumber(line, 0xFFFFFFFFu, false, false);
+            if (!type || !TakePrefix(line, u")")) return Refuse();
+            value.type = *type;
+        }
+        if (!TakePrefix(line, u":")) return Refuse();
+        pending_ = std::move(value);
+        HexData(line, false);
     }
 
+    // A line after one that ended in a "\" continuing a hex value. Blank lines and comment lines
+    // are passed over; any other line is read as hex data, even a key line: the editor takes it
+    // so, and a value's last line is the first that does not end in "\".
+    void ContinueHex(std::u16string_view line) {
+        std::u16string_view rest = line;
+        SkipBlanks(rest);
+        if (rest.empty() || rest[0] == u';') return;
+        HexData(line, true);
+    }
+
+    void HexData(std::u16string_view line, bool continuing) {
+        switch (ReadHexLine(line, pending_->data, continuing)) {
+            case HexEnd::More:
+                return;
+            case HexEnd::Done:
+                StoreHex(*pending_);
+                break;
+            case HexEnd::Bad:
+                whole_ = false;
+                break;
+        }
+        pending_.reset();
+    }
+
+    void Store(const Value& value) {
+        whole_ =
+            key_ != 0 &&
+            store_.RegSetValueExW(key_, value.name, value.type, value.data) == regerror::Success &&
+            whole_;
+    }
+
+    void StoreHex(Value& value) {
+        if (value.type == regtype::Sz || value.type == regtype::ExpandSz ||
+            value.type == regtype::MultiSz)
+            value.data = StringData(std::move(value.data), unicode_);
+        Store(value);
+    }
+
+    void Refuse() { whole_ = false; }
+
     void KeyLine(std::u16string_view line) {
-        Close();
         std::size_t close = line.rfind(u']');
-        if (close == std::u16string_view::npos) {
-            whole_ = false;
-            return;
-        }
+        // A line without its "]", or with a blank after its "[", is passed over, and the key
+        // open stays open.
+        if (close == std::u16string_view::npos || (line.size() > 1 && IsBlank(line[1])))
+            return Refuse();
+        Close();
         std::u16string_view path = line.substr(1, close - 1);
-        bool remove = path.starts_with(u'-');
-        if (remove) path.remove_prefix(1);
+        const bool remove = TakePrefix(path, u"-");
         std::size_t cut = std::min(path.find(u'\\'), path.size());
-        HKEY root = RootOfRegPath(text::CodePageFromUtf16(path.substr(0, cut)));
-        std::u16string subKey(path.substr(std::min(cut + 1, path.size())));
-        if (root == 0 || (remove && subKey.empty())) {
-            whole_ = false;
-            return;
-        }
+        HKEY root = RootKey(path.substr(0, cut));
+        std::u16string subKey = SubKeyPath(path.substr(std::min(cut + 1, path.size())));
+        if (root == 0 || (remove && subKey.empty())) return Refuse();
         if (remove) {
             whole_ = DeleteTree(store_, root, subKey, view_) && whole_;
             return;
@@ -267,18 +392,26 @@ class Importer {
     bool unicode_;
     REGSAM view_;
     HKEY key_ = 0;
+    std::optional<Value> pending_;
     bool whole_ = true;
 };
+
+// The first line names the format; blanks may stand before it, nothing after it.
+bool IsHeader(std::u16string_view line) {
+    SkipBlanks(line);
+    return line == u"Windows Registry Editor Version 5.00" || line == u"REGEDIT4";
+}
 
 }  // namespace
 
 bool ImportText(KeyStore& store, std::string_view bytes, REGSAM view) {
     bool unicode = false;
-    std::vector<std::u16string> lines = LogicalLines(FileText(bytes, unicode));
-    std::u16string_view header = lines.front();
-    if (header != u"Windows Registry Editor Version 5.00" && header != u"REGEDIT4") return false;
+    const std::u16string text = FileText(bytes, unicode);
+    const std::vector<std::u16string_view> lines = Lines(text);
+    if (lines.empty() || !IsHeader(lines.front())) return false;
     Importer importer(store, unicode, view);
     for (std::size_t i = 1; i < lines.size(); ++i) importer.Line(lines[i]);
+    importer.Finish();
     return importer.whole();
 }
 
