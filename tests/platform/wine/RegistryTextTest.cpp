@@ -68,8 +68,9 @@ TEST_F(RegistryText, ABackupKeepsEveryCharacterOfNamesAndStrings) {
 
 // Every type of value, in names and strings of any script, comes back from a backup with the
 // very bytes it had: strings with quotes, line breaks and NULs inside, data long enough to be
-// continued over lines, types the editor has no word for. Only a string of no bytes at all comes
-// back as the empty text with its NUL, since the editor writes and reads both as "".
+// continued over lines, types the editor has no word for. Only strings the editor itself cannot
+// bring back whole differ: one of no bytes at all comes back as the empty text with its NUL (the
+// editor writes and reads both as ""), and one stored without its terminator gains it.
 TEST_F(RegistryText, EveryValueComesBackFromItsBackupByteForByte) {
     using Bytes = std::vector<std::uint8_t>;
     auto wide = [](std::u16string_view text) {
@@ -94,6 +95,10 @@ TEST_F(RegistryText, EveryValueComesBackFromItsBackupByteForByte) {
          wide(std::u16string(u"\u65e5\u672c \U0001F30E caf\u00e9\0", 11))},
         {u"empty text", platform::regtype::Sz, wide(std::u16string(u"\0", 1))},
         {u"no data", platform::regtype::Sz, {}, Bytes{0, 0}},
+        {u"stored without its terminator", platform::regtype::Sz, wide(u"ab"),
+         wide(std::u16string(u"ab\0", 3))},
+        {u"multi without the list's last NUL", platform::regtype::MultiSz,
+         wide(std::u16string(u"a\0b\0", 4))},
         {u"NUL inside", platform::regtype::Sz, wide(std::u16string(u"a\0b\0", 4))},
         {u"expand", platform::regtype::ExpandSz, wide(std::u16string(u"%TEMP%\\\u00e9\0", 9))},
         {u"multi", platform::regtype::MultiSz, wide(std::u16string(u"a\0\u0416\0\0", 5))},
