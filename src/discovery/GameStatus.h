@@ -7,9 +7,9 @@
 #include <string>
 #include <string_view>
 
-#include "windowmodel/MainWindow.h"
 #include "platform/FileSystem.h"
 #include "recipes/GameRecord.h"
+#include "windowmodel/MainWindow.h"
 
 namespace optera::discovery {
 

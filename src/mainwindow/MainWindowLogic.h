@@ -14,7 +14,6 @@
 
 #include "discovery/Scanner.h"
 #include "mainwindow/Dialogs.h"
-#include "windowmodel/MainWindow.h"
 #include "optimizer/Optimizer.h"
 #include "platform/Machine.h"
 #include "platform/Prompts.h"
@@ -22,6 +21,7 @@
 #include "services/cEnumDisplaySettings.h"
 #include "services/cPrivateProfile.h"
 #include "services/cRegistry.h"
+#include "windowmodel/MainWindow.h"
 
 namespace optera::mainwindow {
 

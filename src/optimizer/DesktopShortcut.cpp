@@ -1,7 +1,7 @@
 // The desktop shortcut of the game in hand.
+#include "optimizer/Optimizer.h"
 #include "paths/PathExpansion.h"
 #include "paths/SpecialFolderPath.h"
-#include "optimizer/Optimizer.h"
 #include "platform/WindowsPath.h"
 #include "recipes/Location.h"
 #include "text/Split.h"

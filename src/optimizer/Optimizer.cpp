@@ -3,12 +3,12 @@
 #include <map>
 
 #include "discovery/GameStatus.h"
-#include "windowmodel/GameMessage.h"
 #include "optimizer/BufferedFile.h"
 #include "optimizer/ConfigFileEdit.h"
 #include "optimizer/RegistryModifications.h"
 #include "platform/WindowsPath.h"
 #include "text/NoCase.h"
+#include "windowmodel/GameMessage.h"
 
 namespace optera::optimizer {
 

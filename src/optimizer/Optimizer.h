@@ -13,7 +13,6 @@
 #include <string>
 #include <string_view>
 
-#include "windowmodel/MainWindow.h"
 #include "optimizer/RegistryFiles.h"
 #include "optimizer/RunReport.h"
 #include "platform/Machine.h"
@@ -21,6 +20,7 @@
 #include "recipes/GameRecord.h"
 #include "services/cPrivateProfile.h"
 #include "services/cRegistry.h"
+#include "windowmodel/MainWindow.h"
 
 namespace optera::optimizer {
 

@@ -86,7 +86,8 @@ TEST(ProgramFolder, ANewUsersFolderIsMadeFromTheInstalledDataOnce) {
     EXPECT_NE(error.find("no installed data"), std::string::npos) << error;
     EXPECT_FALSE(fs::exists(folder));
 
-    ASSERT_TRUE(core::SeedProgramFolder(folder, {temp.path() / "nowhere", fs::path(OPTERA_DATA_DIR)}, error))
+    ASSERT_TRUE(core::SeedProgramFolder(
+        folder, {temp.path() / "nowhere", fs::path(OPTERA_DATA_DIR)}, error))
         << error;
     EXPECT_TRUE(fs::is_regular_file(folder / "Optera.ini"));
     EXPECT_TRUE(fs::is_directory(folder / "MODS"));

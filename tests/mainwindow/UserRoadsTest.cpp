@@ -9,13 +9,13 @@
 #include <filesystem>
 
 #include "mainwindow/MainWindowLogic.h"
-#include "windowmodel/GameMessage.h"
 #include "platform/fake/ScriptedPrompts.h"
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/PrefixChangeLock.h"
 #include "platform/wine/WineMachine.h"
 #include "support/FormMirror.h"
 #include "support/WinePrefix.h"
+#include "windowmodel/GameMessage.h"
 
 using namespace optera;
 using optera::testing::FormMirror;

@@ -8,7 +8,6 @@
 #include <filesystem>
 
 #include "discovery/GameStatus.h"
-#include "windowmodel/GameMessage.h"
 #include "optimizer/Optimizer.h"
 #include "platform/fake/ScriptedPrompts.h"
 #include "platform/wine/HostFiles.h"
@@ -17,6 +16,7 @@
 #include "recipes/RecipeReader.h"
 #include "support/FakeWineServer.h"
 #include "support/WinePrefix.h"
+#include "windowmodel/GameMessage.h"
 
 using namespace optera;
 namespace fs = std::filesystem;

@@ -2,12 +2,12 @@
 // The services the window and the optimizer are built on, over a fake machine, wired as the
 // program wires them; the window's model in `gui`.
 
-#include "windowmodel/MainWindow.h"
 #include "optimizer/RegistryFiles.h"
 #include "platform/fake/FakeMachine.h"
 #include "platform/fake/ScriptedPrompts.h"
 #include "services/cPrivateProfile.h"
 #include "services/cRegistry.h"
+#include "windowmodel/MainWindow.h"
 
 namespace optera::testing {
 
