@@ -71,9 +71,8 @@ std::u16string HexValue(std::size_t lineLength, DWORD type, const std::vector<st
 std::optional<std::u16string> WholeString(const std::vector<std::uint8_t>& data) {
     if (data.empty()) return std::u16string();
     if (data.size() < 2 || data.size() % 2 != 0) return std::nullopt;
-    std::u16string units;
-    for (std::size_t i = 0; i < data.size(); i += 2)
-        units += static_cast<char16_t>(data[i] | data[i + 1] << 8);
+    std::u16string units = text::Utf16FromBytes(
+        std::string_view(reinterpret_cast<const char*>(data.data()), data.size()));
     if (units.find(u'\0') != units.size() - 1) return std::nullopt;
     units.pop_back();
     return units;
@@ -196,12 +195,7 @@ std::optional<std::u16string> ExportText(KeyStore& store, std::string_view keyPa
 }
 
 std::string Utf16FileBytes(std::u16string_view text) {
-    std::string bytes = "\xFF\xFE";
-    for (char16_t unit : text) {
-        bytes += static_cast<char>(unit & 0xFF);
-        bytes += static_cast<char>(unit >> 8);
-    }
-    return bytes;
+    return "\xFF\xFE" + text::Utf16Bytes(text);
 }
 
 bool ExportRegistryKey(KeyStore& store, platform::FileSystem& files, std::string_view keyPath,

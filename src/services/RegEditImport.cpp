@@ -26,12 +26,7 @@ constexpr REGSAM kAllAccess = 0xF003F;
 // The text of the file: UTF-16LE after its mark, else 8-bit bytes in the code page.
 std::u16string FileText(std::string_view bytes, bool& unicode) {
     unicode = bytes.size() >= 2 && bytes[0] == '\xFF' && bytes[1] == '\xFE';
-    if (!unicode) return text::Utf16FromCodePage(bytes);
-    std::u16string units;
-    for (std::size_t i = 2; i + 1 < bytes.size(); i += 2)
-        units += static_cast<char16_t>(static_cast<unsigned char>(bytes[i]) |
-                                       static_cast<unsigned char>(bytes[i + 1]) << 8);
-    return units;
+    return unicode ? text::Utf16FromBytes(bytes.substr(2)) : text::Utf16FromCodePage(bytes);
 }
 
 // The lines of a text. A line ends at CR LF, LF or a lone CR: the editor takes all three, so a
@@ -171,12 +166,8 @@ HexEnd ReadHexLine(std::u16string_view text, std::vector<std::uint8_t>& bytes, b
 }
 
 std::vector<std::uint8_t> Utf16LeBytes(std::u16string_view units) {
-    std::vector<std::uint8_t> bytes;
-    for (char16_t unit : units) {
-        bytes.push_back(static_cast<std::uint8_t>(unit & 0xFF));
-        bytes.push_back(static_cast<std::uint8_t>(unit >> 8));
-    }
-    return bytes;
+    const std::string bytes = text::Utf16Bytes(units);
+    return {bytes.begin(), bytes.end()};
 }
 
 // The data of a string type given in hex as it is stored. An 8-bit file holds the bytes of its

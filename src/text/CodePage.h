@@ -17,6 +17,11 @@ std::string CodePageFromUtf16(std::u16string_view text);
 std::u16string Utf16FromUtf8(std::string_view text);
 std::string Utf8FromUtf16(std::u16string_view text);
 
+// UTF-16 code units as bytes, low byte first unless `bigEndian`, and back; a last odd byte is
+// left out.
+std::string Utf16Bytes(std::u16string_view units, bool bigEndian = false);
+std::u16string Utf16FromBytes(std::string_view bytes, bool bigEndian = false);
+
 inline std::string Utf8FromCodePage(std::string_view bytes) {
     return Utf8FromUtf16(Utf16FromCodePage(bytes));
 }

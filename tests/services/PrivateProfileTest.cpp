@@ -114,12 +114,8 @@ TEST_F(PrivateProfile, ListsFilesOfAPatternInDirectoryOrder) {
 // profile functions do: a game's Unicode settings file keeps every character nobody changed.
 TEST_F(PrivateProfile, UnicodeFilesStayInTheirEncoding) {
     auto utf16 = [](std::string_view utf8, bool bigEndian) {
-        std::string bytes = bigEndian ? "\xFE\xFF" : "\xFF\xFE";
-        for (char16_t unit : text::Utf16FromUtf8(utf8)) {
-            const char low = static_cast<char>(unit & 0xFF), high = static_cast<char>(unit >> 8);
-            bytes += bigEndian ? std::string{high, low} : std::string{low, high};
-        }
-        return bytes;
+        return (bigEndian ? "\xFE\xFF" : "\xFF\xFE") +
+               text::Utf16Bytes(text::Utf16FromUtf8(utf8), bigEndian);
     };
     // "café" and Japanese beside it; "Größe" is written in the code page by the caller.
     const std::string before = "[Video]\r\nName=caf\xC3\xA9 \xE6\x97\xA5\r\nWidth=800\r\n";

@@ -25,10 +25,7 @@ constexpr char kUserHeader[] = "\\\\User\\\\S-1-5-21-0-0-0-1000";
 
 // The bytes of a ".reg" file holding this UTF-8 text, as the registry editor writes it.
 std::string RegFileBytes(std::string_view utf8) {
-    std::string bytes = "\xFF\xFE";
-    for (char16_t unit : text::Utf16FromUtf8(utf8))
-        bytes += {static_cast<char>(unit & 0xFF), static_cast<char>(unit >> 8)};
-    return bytes;
+    return services::Utf16FileBytes(text::Utf16FromUtf8(utf8));
 }
 
 class RegistryText : public WinePrefixTest {
@@ -74,10 +71,8 @@ TEST_F(RegistryText, ABackupKeepsEveryCharacterOfNamesAndStrings) {
 TEST_F(RegistryText, EveryValueComesBackFromItsBackupByteForByte) {
     using Bytes = std::vector<std::uint8_t>;
     auto wide = [](std::u16string_view text) {
-        Bytes bytes;
-        for (char16_t unit : text)
-            bytes.insert(bytes.end(), {std::uint8_t(unit), std::uint8_t(unit >> 8)});
-        return bytes;
+        const std::string bytes = text::Utf16Bytes(text);
+        return Bytes(bytes.begin(), bytes.end());
     };
     Bytes counting(300);
     for (std::size_t i = 0; i < counting.size(); ++i) counting[i] = std::uint8_t(i);
