@@ -5,6 +5,7 @@
 #include <ostream>
 
 #include "cli/TerminalText.h"
+#include "forms/Names.h"
 #include "platform/WindowsPath.h"
 
 namespace optera::cli {
@@ -239,7 +240,7 @@ int SearchGame(Window& window, const std::string& game, std::ostream& out, std::
     auto last = std::chrono::steady_clock::now() - std::chrono::seconds(1);
     forms::Subscription progress(scanner.Form(), [&](const forms::Change& change) {
         if (change.kind != forms::ChangeKind::Property || change.control->Name() != "Label2" ||
-            change.what != "Caption")
+            change.what != forms::property::Caption)
             return;
         auto now = std::chrono::steady_clock::now();
         if (now - last < std::chrono::milliseconds(250)) return;

@@ -43,9 +43,8 @@ namespace {
 
 using mainwindow::MainWindow;
 using mainwindow::SetButtonState;
-
-constexpr std::int32_t kEnable = 0;
-constexpr std::int32_t kShow = 1;
+namespace button = mainwindow::button;
+namespace button_state = mainwindow::button_state;
 
 // What the walk over a located game's configuration entries found.
 struct EntryFlags {
@@ -77,19 +76,23 @@ void Paint(MainWindow& gui, Line line, forms::Colour colour) {
 void ShowNativeSupport(MainWindow& gui, Line line) {
     Paint(gui, line, gui.GHNTS_Color);
     gui.ResListBox().SetVisible(false);
-    for (int button = 0; button <= 4; ++button) SetButtonState(gui.GUI(), button, kEnable, false);
-    for (int button = 5; button <= 7; ++button) SetButtonState(gui.GUI(), button, kEnable, true);
-    for (int button = 0; button <= 4; ++button) SetButtonState(gui.GUI(), button, kShow, false);
-    SetButtonState(gui.GUI(), 6, kShow, true);
-    SetButtonState(gui.GUI(), 7, kShow, true);
+    // The buttons that act on a game go; How-To, Visit Web and Close stay usable.
+    for (int i = button::Optimize; i <= button::View; ++i)
+        SetButtonState(gui.GUI(), i, button_state::Enabled, false);
+    for (int i = button::HowTo; i <= button::Close; ++i)
+        SetButtonState(gui.GUI(), i, button_state::Enabled, true);
+    for (int i = button::Optimize; i <= button::View; ++i)
+        SetButtonState(gui.GUI(), i, button_state::Visible, false);
+    SetButtonState(gui.GUI(), button::VisitWeb, button_state::Visible, true);
+    SetButtonState(gui.GUI(), button::Close, button_state::Visible, true);
 }
 
 void ShowNotDetected(MainWindow& gui, Line line) {
     gui.GameList().SetItemChecked(line, false);
     gui.GameList().SetItemBold(line, false);
     Paint(gui, line, gui.GND_Color);
-    SetButtonState(gui.GUI(), 0, kEnable, false);
-    SetButtonState(gui.GUI(), 1, kEnable, false);
+    SetButtonState(gui.GUI(), button::Optimize, button_state::Enabled, false);
+    SetButtonState(gui.GUI(), button::Restore, button_state::Enabled, false);
 }
 
 // Nothing to apply: no modification line, no registry line, no launcher parameters.
@@ -117,21 +120,21 @@ void ShowLocated(MainWindow& gui, const platform::FileSystem& files,
             const forms::ListItem* item = gui.GameList().Item(line);
             if (Exists(files, BackupPathOf(entry.Path), flags) && item &&
                 item->ForeColor == gui.GO_Color)
-                SetButtonState(gui.GUI(), 0, kEnable, true);
+                SetButtonState(gui.GUI(), button::Optimize, button_state::Enabled, true);
         }
     }
     if (flags.missing) {
         Paint(gui, line, gui.GCNF_Color);
-        SetButtonState(gui.GUI(), 0, kEnable, true);
-        SetButtonState(gui.GUI(), 1, kEnable, false);
+        SetButtonState(gui.GUI(), button::Optimize, button_state::Enabled, true);
+        SetButtonState(gui.GUI(), button::Restore, button_state::Enabled, false);
     } else if (flags.notOptimized) {
         Paint(gui, line, gui.GNO_Color);
-        SetButtonState(gui.GUI(), 0, kEnable, !NothingToApply(game));
-        SetButtonState(gui.GUI(), 1, kEnable, false);
+        SetButtonState(gui.GUI(), button::Optimize, button_state::Enabled, !NothingToApply(game));
+        SetButtonState(gui.GUI(), button::Restore, button_state::Enabled, false);
     } else if (flags.optimized) {
         Paint(gui, line, gui.GO_Color);
-        SetButtonState(gui.GUI(), 0, kEnable, false);
-        SetButtonState(gui.GUI(), 1, kEnable, true);
+        SetButtonState(gui.GUI(), button::Optimize, button_state::Enabled, false);
+        SetButtonState(gui.GUI(), button::Restore, button_state::Enabled, true);
     }
     gui.GameList().SetItemChecked(line, true);
     gui.GameList().SetItemBold(line, true);
@@ -172,13 +175,13 @@ void UpdateGameStatus(MainWindow& gui, const platform::FileSystem& files,
             ShowNotDetected(gui, line);
         else
             ShowLocated(gui, files, game, line, flags);
-        SetButtonState(gui.GUI(), 4, kShow, true);
-        SetButtonState(gui.GUI(), 4, kEnable, true);
+        SetButtonState(gui.GUI(), button::View, button_state::Visible, true);
+        SetButtonState(gui.GUI(), button::View, button_state::Enabled, true);
     }
     if (flags.badName) {
         Paint(gui, line, gui.GCNF_Color);
-        SetButtonState(gui.GUI(), 0, kEnable, false);
-        SetButtonState(gui.GUI(), 1, kEnable, false);
+        SetButtonState(gui.GUI(), button::Optimize, button_state::Enabled, false);
+        SetButtonState(gui.GUI(), button::Restore, button_state::Enabled, false);
     }
     ShowStatusText(gui, line);
 }

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "forms/Names.h"
 #include "platform/WindowsPath.h"
 #include "text/Wildcard.h"
 
@@ -34,7 +35,8 @@ Scanner::Scanner(const platform::FileSystem& files, platform::Prompts& prompts)
     form_.Add("Label", "Label2");
     forms::Control& cancel = form_.Add("CommandButton", "CancelBtn");
     cancel.SetCaption("Cancel");
-    cancel.On("Click", [this](forms::Control&, forms::EventArgs&) { CancelRequested = true; });
+    cancel.On(forms::event::Click,
+              [this](forms::Control&, forms::EventArgs&) { CancelRequested = true; });
 }
 
 std::string Scanner::StartScan(std::string_view fileName) {

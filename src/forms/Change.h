@@ -14,7 +14,7 @@ class Control;
 enum class ChangeKind {
     Property,          // `what` names the property
     LineInserted,      // `line` is the new line's place; the lines after it moved down one
-    LineChanged,       // `what` names the field: "Text", "ForeColor", "Bold" or "Checked"
+    LineChanged,       // `what` names the field: one of line_field
     LineRemoved,       // `line` was removed; the lines after it moved up one
     LinesCleared,      // every line is gone
     SelectionChanged,  // `line` is the selected line, 0 for none

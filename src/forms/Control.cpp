@@ -140,16 +140,16 @@ bool Control::SetItemField(int index, T ListItem::*field, T value, std::string_v
 }
 
 bool Control::SetItemText(int index, std::string_view textIn) {
-    return SetItemField(index, &ListItem::Text, std::string(textIn), "Text");
+    return SetItemField(index, &ListItem::Text, std::string(textIn), line_field::Text);
 }
 bool Control::SetItemForeColor(int index, Colour colour) {
-    return SetItemField(index, &ListItem::ForeColor, colour, "ForeColor");
+    return SetItemField(index, &ListItem::ForeColor, colour, line_field::ForeColor);
 }
 bool Control::SetItemBold(int index, bool bold) {
-    return SetItemField(index, &ListItem::Bold, bold, "Bold");
+    return SetItemField(index, &ListItem::Bold, bold, line_field::Bold);
 }
 bool Control::SetItemChecked(int index, bool checked) {
-    return SetItemField(index, &ListItem::Checked, checked, "Checked");
+    return SetItemField(index, &ListItem::Checked, checked, line_field::Checked);
 }
 
 void Control::UserChecks(int index) {

@@ -41,7 +41,26 @@ inline constexpr std::string_view Locked = "Locked";
 inline constexpr std::string_view MultiLine = "MultiLine";
 inline constexpr std::string_view Checkboxes = "Checkboxes";
 inline constexpr std::string_view Tag = "Tag";
+inline constexpr std::string_view DragMode = "DragMode";
+inline constexpr std::string_view MousePointer = "MousePointer";
+inline constexpr std::string_view MouseIcon = "MouseIcon";
+inline constexpr std::string_view Font = "Font";
+inline constexpr std::string_view FontSize = "FontSize";
+inline constexpr std::string_view FontBold = "FontBold";
+inline constexpr std::string_view FontItalic = "FontItalic";
+inline constexpr std::string_view Stretch = "Stretch";
+inline constexpr std::string_view Alignment = "Alignment";
+inline constexpr std::string_view View = "View";
+inline constexpr std::string_view ListIndex = "ListIndex";
 }  // namespace property
+
+// The fields of a list line, as a LineChanged notification names them.
+namespace line_field {
+inline constexpr std::string_view Text = "Text";
+inline constexpr std::string_view ForeColor = "ForeColor";
+inline constexpr std::string_view Bold = "Bold";
+inline constexpr std::string_view Checked = "Checked";
+}  // namespace line_field
 
 // Key codes as the toolkit numbers them.
 namespace key {

@@ -146,14 +146,14 @@ void MainWindowLogic::SearchCommand() {
         services_.profile.SetIniStringValue(RecipePath(SelectedLineText()), "GAMEINFO", "USERLOC",
                                             found);
         if (auto line = SelectedLine()) UpdateStatus(static_cast<std::int16_t>(line->Index));
-        SetButtonState(gui_.GUI(), button::Search, 0, false);
+        SetButtonState(gui_.GUI(), button::Search, button_state::Enabled, false);
         return;
     }
     services_.prompts.ShowMessage({"Not Found",
                                    GameMessage(5, state_.CurrentGame, SelectedLineText()),
                                    MessageButtons::Ok, MessageIcon::None});
-    SetButtonState(gui_.GUI(), button::Search, 0, true);
-    SetButtonState(gui_.GUI(), button::Search, 1, true);
+    SetButtonState(gui_.GUI(), button::Search, button_state::Enabled, true);
+    SetButtonState(gui_.GUI(), button::Search, button_state::Visible, true);
 }
 
 void MainWindowLogic::ViewCommand() {

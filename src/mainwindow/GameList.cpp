@@ -98,23 +98,26 @@ void MainWindowLogic::SelectGame() {
         state_.CurrentGame = reader_.ReadRecipe(lineText);
         gui_.CurrentGameText = lineText;
         forms::Form& form = gui_.GUI();
-        for (int i : {0, 1, 2, 3, 4, 6, 7}) SetButtonState(form, i, 1, true);
-        SetButtonState(form, button::Browse, 0, false);
-        SetButtonState(form, button::Search, 0, false);
-        SetButtonState(form, button::Browse, 1, gui_.BrowseButtonWanted);
-        SetButtonState(form, button::Search, 1, gui_.SearchButtonWanted);
-        SetButtonState(form, button::View, 0, true);
+        // Every button shows but How-To, whose place the recipe's how-to text decides below.
+        for (int i : {button::Optimize, button::Restore, button::Browse, button::Search,
+                      button::View, button::VisitWeb, button::Close})
+            SetButtonState(form, i, button_state::Visible, true);
+        SetButtonState(form, button::Browse, button_state::Enabled, false);
+        SetButtonState(form, button::Search, button_state::Enabled, false);
+        SetButtonState(form, button::Browse, button_state::Visible, gui_.BrowseButtonWanted);
+        SetButtonState(form, button::Search, button_state::Visible, gui_.SearchButtonWanted);
+        SetButtonState(form, button::View, button_state::Enabled, true);
         const auto& howTo = state_.CurrentGame.HowTo;
-        SetButtonState(form, button::HowTo, 0,
+        SetButtonState(form, button::HowTo, button_state::Enabled,
                        !howTo.empty() && text::TrimBlanks(howTo.back()).size() > 4);
-        SetButtonState(form, button::VisitWeb, 0, true);
-        SetButtonState(form, button::Close, 0, true);
+        SetButtonState(form, button::VisitWeb, button_state::Enabled, true);
+        SetButtonState(form, button::Close, button_state::Enabled, true);
     }
 
     gui_.PathLbl().SetCaption(FolderForLabel(LocationOfGame()));
     if (gui_.BtnImageBox(button::Browse).Enabled())
-        SetButtonState(gui_.GUI(), button::Optimize, 0, false);
-    SetButtonState(gui_.GUI(), button::Restore, 0, false);
+        SetButtonState(gui_.GUI(), button::Optimize, button_state::Enabled, false);
+    SetButtonState(gui_.GUI(), button::Restore, button_state::Enabled, false);
     UpdateStatus(index);
     if (!gui_.PathLbl().Caption().empty()) {
         LocateGame();
@@ -125,8 +128,8 @@ void MainWindowLogic::SelectGame() {
                                        GameMessage(11, state_.CurrentGame, lineText),
                                        MessageButtons::Ok, MessageIcon::Exclamation});
     for (int i : {button::Browse, button::Search}) {
-        SetButtonState(gui_.GUI(), i, 0, true);
-        SetButtonState(gui_.GUI(), i, 1, true);
+        SetButtonState(gui_.GUI(), i, button_state::Enabled, true);
+        SetButtonState(gui_.GUI(), i, button_state::Visible, true);
     }
 }
 
@@ -214,10 +217,10 @@ void MainWindowLogic::LocateGame() {
         auto attributes = files.Attributes(copy);
         const bool normal = attributes && !(*attributes & platform::attr::Directory) &&
                             !(*attributes & (platform::attr::Hidden | platform::attr::System));
-        SetButtonState(gui_.GUI(), button::Restore, 0, normal);
+        SetButtonState(gui_.GUI(), button::Restore, button_state::Enabled, normal);
     } else {
-        SetButtonState(gui_.GUI(), button::Optimize, 0, false);
-        SetButtonState(gui_.GUI(), button::Restore, 0, false);
+        SetButtonState(gui_.GUI(), button::Optimize, button_state::Enabled, false);
+        SetButtonState(gui_.GUI(), button::Restore, button_state::Enabled, false);
         if (line->Checked)
             services_.prompts.ShowMessage({"Optera info",
                                            GameMessage(3, state_.CurrentGame, lineText),

@@ -16,6 +16,7 @@ namespace {
 
 using mainwindow::SetButtonState;
 namespace button = mainwindow::button;
+namespace button_state = mainwindow::button_state;
 
 constexpr std::uint32_t kArchiveOnly = platform::attr::Archive;
 
@@ -66,8 +67,8 @@ void Optimizer::SyncRegistry(bool restore) {
 
 void Optimizer::OptimizeAndLockButtons() {
     RunOptimization();
-    SetButtonState(gui_.GUI(), button::Restore, 0, false);
-    SetButtonState(gui_.GUI(), button::Optimize, 0, false);
+    SetButtonState(gui_.GUI(), button::Restore, button_state::Enabled, false);
+    SetButtonState(gui_.GUI(), button::Optimize, button_state::Enabled, false);
 }
 
 void Optimizer::RunOptimization() {
@@ -204,8 +205,8 @@ void Optimizer::RestoreOriginals() {
     if (recipes::HasLines(Game().Registry)) SyncRegistry(true);
     RemoveDesktopShortcuts();
     WriteRecipeResolution(gui_.DefaultResolution);
-    SetButtonState(gui_.GUI(), button::Restore, 0, false);
-    SetButtonState(gui_.GUI(), button::Optimize, 0, false);
+    SetButtonState(gui_.GUI(), button::Restore, button_state::Enabled, false);
+    SetButtonState(gui_.GUI(), button::Optimize, button_state::Enabled, false);
     gui_.PathLbl().SetCaption("");
     if (!report_.empty())
         TellShortfalls("Optera - Not Everything Was Restored",

@@ -38,8 +38,9 @@ forms::Control& MainWindow::Command(int number) {
 }
 
 void SetButtonState(forms::Form& form, std::int32_t index, std::int32_t kind, bool value) {
-    if (kind != 0 && kind != 1) return;
-    const char* property = kind == 0 ? "Enabled" : "Visible";
+    if (kind != button_state::Enabled && kind != button_state::Visible) return;
+    const std::string_view property =
+        kind == button_state::Enabled ? forms::property::Enabled : forms::property::Visible;
     for (const char* array : {"BtnImageBox", "BtnLabel"})
         if (forms::Control* control = form.Find(array, index)) control->Set(property, value);
 }

@@ -97,8 +97,14 @@ class MainWindow {
     forms::Form form_;
 };
 
-// Kind 0 sets Enabled, kind 1 Visible, of BtnImageBox(index) and BtnLabel(index) together; any
-// other kind, or an index without a button, changes nothing.
+// What SetButtonState changes.
+namespace button_state {
+inline constexpr std::int32_t Enabled = 0;
+inline constexpr std::int32_t Visible = 1;
+}  // namespace button_state
+
+// Sets Enabled or Visible (by `kind`, a button_state) of BtnImageBox(index) and BtnLabel(index)
+// together; any other kind, or an index without a button, changes nothing.
 void SetButtonState(forms::Form& form, std::int32_t index, std::int32_t kind, bool value);
 
 }  // namespace optera::mainwindow

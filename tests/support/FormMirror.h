@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "forms/Form.h"
+#include "forms/Names.h"
 
 namespace optera::testing {
 
@@ -90,10 +91,11 @@ class FormMirror {
             case forms::ChangeKind::LineChanged: {
                 const forms::ListItem& line = *control.Item(change.line);
                 forms::ListItem& mirrored = lines.at(static_cast<std::size_t>(change.line - 1));
-                if (change.what == "Text") mirrored.Text = line.Text;
-                if (change.what == "ForeColor") mirrored.ForeColor = line.ForeColor;
-                if (change.what == "Bold") mirrored.Bold = line.Bold;
-                if (change.what == "Checked") mirrored.Checked = line.Checked;
+                if (change.what == forms::line_field::Text) mirrored.Text = line.Text;
+                if (change.what == forms::line_field::ForeColor)
+                    mirrored.ForeColor = line.ForeColor;
+                if (change.what == forms::line_field::Bold) mirrored.Bold = line.Bold;
+                if (change.what == forms::line_field::Checked) mirrored.Checked = line.Checked;
                 break;
             }
             case forms::ChangeKind::LineRemoved:
