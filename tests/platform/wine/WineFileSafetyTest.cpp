@@ -280,7 +280,7 @@ TEST_F(WineFileSafety, WindowsNamesAreCodePageTextAndHostNamesUtf8) {
     EXPECT_EQ(files.ReadAll(windows + "\\game.ini"), "found");
     EXPECT_EQ(files.ReadAll("C:\\JEUX\\ORBITAL CAF\xc9\\GAME.INI"), "found");
     EXPECT_EQ(files.ToHostPath(windows), cafe);
-    EXPECT_EQ(files.ToWindowsPath(cafe), windows);
+    EXPECT_EQ(files.ToWindowsPath(cafe.native()), windows);
     auto entries = files.List("C:\\Jeux");
     ASSERT_TRUE(entries);
     ASSERT_EQ(entries->size(), 1u);
