@@ -13,6 +13,7 @@ constexpr std::uint32_t kSettableMarks = attr::ReadOnly | attr::Hidden;
 constexpr const char* kMissing = "the file or folder does not exist";
 constexpr const char* kFolder = "it is a folder";
 constexpr const char* kReadOnly = "the file is read-only";
+constexpr const char* kInTheWay = "something of that name is in the way";
 
 // The components of an absolute host path, ".." taking away the one before; nullopt for a
 // relative one.
@@ -209,7 +210,7 @@ bool FakeFileSystem::Copy(std::string_view from, std::string_view to) {
     if (ReadFails(from)) return false;
     Node copy = *source;
     Node* target = Find(to);
-    if (target == source) return Failed("it is the same file");
+    if (target == source) return Failed(kInTheWay);
     if (!WriteAll(to, copy.bytes)) return false;
     Find(to)->marks = copy.marks;
     Changed(*Find(to));
@@ -236,7 +237,7 @@ void FakeFileSystem::Unlink(std::string_view path) {
 }
 
 bool FakeFileSystem::CreateFolder(std::string_view path) {
-    if (Find(path)) return Failed("something of that name is in the way");
+    if (Find(path)) return Failed(kInTheWay);
     Node* parent = ParentFolder(path);
     if (!parent) return Failed(kMissing);
     if (Fails(path)) return false;

@@ -410,11 +410,19 @@ bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attribut
         wanted =
             mode | ((S_IRUSR | S_IWUSR | ((mode & (S_IRGRP | S_IROTH)) >> 1)) & ~ProcessUmask());
     }
-    // The marks go on while the file may be written, which their attribute needs.
-    const bool marksFirst = !IsReadOnly(st);
-    if (newMarks && marksFirst && !StoreDosMarks(*host, wantedMarks)) return Failed(errno);
+    // The marks' attribute can be written only while the file can: the marks go on before the
+    // file becomes read-only or after it stops being so, and a file read-only before and after
+    // lends its owner the write bit for that moment.
+    if (newMarks && !IsReadOnly(st) && !StoreDosMarks(*host, wantedMarks)) return Failed(errno);
     if (wanted != mode && ::chmod(host->c_str(), wanted) != 0) return Failed(errno);
-    if (newMarks && !marksFirst && !StoreDosMarks(*host, wantedMarks)) return Failed(errno);
+    if (newMarks && IsReadOnly(st)) {
+        const bool lend = (wanted & kWriteBits) == 0;
+        if (lend && ::chmod(host->c_str(), wanted | S_IWUSR) != 0) return Failed(errno);
+        const bool stored = StoreDosMarks(*host, wantedMarks);
+        const int error = errno;
+        if (lend) ::chmod(host->c_str(), wanted);
+        if (!stored) return Failed(error);
+    }
     return true;
 }
 
@@ -606,7 +614,9 @@ bool WineFileSystem::Remove(std::string_view path) {
 
 bool WineFileSystem::CreateFolder(std::string_view path) {
     auto host = Locate(path);
-    if (!host || ComponentsOf(path).empty()) return Failed(ENOENT);
+    if (!host) return Failed(ENOENT);
+    // A drive's root is always there, whatever its host folder's state.
+    if (ComponentsOf(path).empty()) return Failed(EEXIST);
     return ::mkdir(host->c_str(), 0777) == 0 || Failed(errno);
 }
 

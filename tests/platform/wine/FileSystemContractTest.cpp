@@ -21,6 +21,11 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kIni = "C:\\Games\\Game.ini";
+constexpr const char* kMissing = "the file or folder does not exist";
+constexpr const char* kReadOnly = "the file is read-only";
+constexpr const char* kFolder = "it is a folder";
+constexpr const char* kInTheWay = "something of that name is in the way";
+constexpr const char* kNotEmpty = "the folder is not empty";
 
 struct FakeFiles {
     FakeFiles() {
@@ -56,18 +61,18 @@ class FileSystemContract : public ::testing::Test {
   protected:
     std::set<std::string> Names(std::string_view folder) const {
         std::set<std::string> names;
-        for (const DirEntry& entry : files.List(folder).value_or(std::vector<DirEntry>{}))
+        for (const DirEntry& entry : fileSystem.List(folder).value_or(std::vector<DirEntry>{}))
             names.insert(entry.name);
         return names;
     }
-    // A failure is a result, and says why.
-    void ExpectFailed(bool done, std::string_view what) {
+    // A failure is a result, and says why in the same words on every machine.
+    void ExpectFailed(bool done, std::string_view why, std::string_view what) {
         EXPECT_FALSE(done) << what;
-        EXPECT_NE(files.LastError(), "") << what;
+        EXPECT_EQ(fileSystem.LastError(), why) << what;
     }
 
     Made made;
-    FileSystem& files = made.files;
+    FileSystem& fileSystem = made.files;
     const std::string& hostC = made.hostC;
 };
 
@@ -82,7 +87,7 @@ class MachineNames {
 TYPED_TEST_SUITE(FileSystemContract, Machines, MachineNames);
 
 TYPED_TEST(FileSystemContract, MarksReadOnlyAndHiddenAndKeepsThemThroughWrites) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     EXPECT_EQ(files.Attributes("c:\\GAMES\\game.INI"), attr::Archive);
     EXPECT_EQ(files.Attributes("C:\\Games\\"), attr::Directory);
     EXPECT_EQ(files.Attributes("C:\\"), attr::Directory);
@@ -90,7 +95,7 @@ TYPED_TEST(FileSystemContract, MarksReadOnlyAndHiddenAndKeepsThemThroughWrites) 
 
     ASSERT_TRUE(files.SetAttributes(kIni, attr::ReadOnly | attr::Hidden));
     EXPECT_EQ(files.Attributes(kIni), attr::Archive | attr::ReadOnly | attr::Hidden);
-    this->ExpectFailed(files.WriteAll(kIni, "new"), "a read-only file");
+    this->ExpectFailed(files.WriteAll(kIni, "new"), kReadOnly, "a read-only file");
     EXPECT_EQ(files.ReadAll(kIni), "[s]\nk=1\n");
     ASSERT_TRUE(files.SetAttributes(kIni, attr::Hidden));
     ASSERT_TRUE(files.WriteAll(kIni, "new"));
@@ -100,11 +105,11 @@ TYPED_TEST(FileSystemContract, MarksReadOnlyAndHiddenAndKeepsThemThroughWrites) 
 
     ASSERT_TRUE(files.SetAttributes("C:\\Games", attr::Hidden));
     EXPECT_EQ(files.Attributes("C:\\Games"), attr::Directory | attr::Hidden);
-    this->ExpectFailed(files.SetAttributes("C:\\Missing", attr::Normal), "nothing there");
+    this->ExpectFailed(files.SetAttributes("C:\\Missing", attr::Normal), kMissing, "nothing there");
 }
 
 TYPED_TEST(FileSystemContract, ListsFoldersOnlyAndFindsNamesByPattern) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     for (const char* name : {"b.cfg", "A.cfg", "_u.cfg", "notes.txt"})
         ASSERT_TRUE(files.WriteAll(std::string("C:\\Games\\") + name, name));
     auto entries = files.List("c:\\games\\");
@@ -124,7 +129,6 @@ TYPED_TEST(FileSystemContract, ListsFoldersOnlyAndFindsNamesByPattern) {
     const Row rows[] = {
         {"C:\\Games\\*.cfg", false, {"A.cfg", "b.cfg", "_u.cfg"}},
         {"c:\\GAMES\\?.CFG", false, {"A.cfg", "b.cfg"}},
-        {"C:\\Games\\*", false, {"A.cfg", "b.cfg", "Game.ini", "notes.txt", "_u.cfg"}},
         {"C:\\Games\\D*", true, {"Disc"}},
         {"C:\\Games\\D*", false, {}},
         {"C:\\Missing\\*", true, {}},
@@ -134,7 +138,7 @@ TYPED_TEST(FileSystemContract, ListsFoldersOnlyAndFindsNamesByPattern) {
 }
 
 TYPED_TEST(FileSystemContract, ReadsAndWritesBytesUnderAnySpellingOfTheirNames) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     const std::string bytes("a\0b\r\n\xff", 6);
     ASSERT_TRUE(files.WriteAll("c:\\GAMES\\New.bin", bytes));
     EXPECT_EQ(files.ReadAll("C:\\Games\\NEW.BIN"), bytes);
@@ -143,32 +147,34 @@ TYPED_TEST(FileSystemContract, ReadsAndWritesBytesUnderAnySpellingOfTheirNames) 
     EXPECT_EQ(this->Names("C:\\"), (std::set<std::string>{"Games"}));
     EXPECT_EQ(this->Names("C:\\Games"), (std::set<std::string>{"Disc", "Game.ini", "New.bin"}));
 
-    this->ExpectFailed(files.WriteAll("C:\\Missing\\x.ini", "x"), "no parent folder");
-    this->ExpectFailed(files.WriteAll("C:\\Games\\Game.ini\\x.ini", "x"), "a file as folder");
-    this->ExpectFailed(files.WriteAll("C:\\Games", "x"), "onto a folder");
-    this->ExpectFailed(files.WriteAll("Y:\\x.ini", "x"), "no such drive");
-    this->ExpectFailed(files.ReadAll("C:\\Games").has_value(), "a folder");
-    this->ExpectFailed(files.ReadAll("C:\\Missing.ini").has_value(), "nothing there");
+    this->ExpectFailed(files.WriteAll("C:\\Missing\\x.ini", "x"), kMissing, "no parent folder");
+    this->ExpectFailed(files.WriteAll("C:\\Games\\Game.ini\\x.ini", "x"), kMissing,
+                       "a file as folder");
+    this->ExpectFailed(files.WriteAll("C:\\Games", "x"), kFolder, "onto a folder");
+    this->ExpectFailed(files.WriteAll("Y:\\x.ini", "x"), kMissing, "no such drive");
+    this->ExpectFailed(files.ReadAll("C:\\Games").has_value(), kFolder, "a folder");
+    this->ExpectFailed(files.ReadAll("C:\\Missing.ini").has_value(), kMissing, "nothing there");
 }
 
 TYPED_TEST(FileSystemContract, ReplacingKeepsTheOldContentWholeOnFailureAndNoTemporary) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     ASSERT_TRUE(ReplaceFile(files, kIni, "two"));
     ASSERT_TRUE(ReplaceFile(files, "C:\\Games\\GAME.INI", "three", "Mod_Cfg.tmp"));
     EXPECT_EQ(files.ReadAll(kIni), "three");
     ASSERT_TRUE(ReplaceFile(files, "C:\\Games\\Fresh.ini", "new"));
 
     ASSERT_TRUE(files.SetAttributes(kIni, attr::ReadOnly));
-    this->ExpectFailed(ReplaceFile(files, kIni, "four"), "a read-only file");
-    this->ExpectFailed(ReplaceFile(files, kIni, "four", "Mod_Cfg.tmp"), "a read-only file");
-    this->ExpectFailed(ReplaceFile(files, "C:\\Games\\Disc", "x"), "a folder");
-    this->ExpectFailed(ReplaceFile(files, "C:\\Missing\\x.ini", "x"), "no parent folder");
+    this->ExpectFailed(ReplaceFile(files, kIni, "four"), kReadOnly, "a read-only file");
+    this->ExpectFailed(ReplaceFile(files, kIni, "four", "Mod_Cfg.tmp"), kReadOnly,
+                       "a read-only file");
+    this->ExpectFailed(ReplaceFile(files, "C:\\Games\\Disc", "x"), kFolder, "a folder");
+    this->ExpectFailed(ReplaceFile(files, "C:\\Missing\\x.ini", "x"), kMissing, "no parent folder");
     EXPECT_EQ(files.ReadAll(kIni), "three");
     EXPECT_EQ(this->Names("C:\\Games"), (std::set<std::string>{"Disc", "Fresh.ini", "Game.ini"}));
 }
 
 TYPED_TEST(FileSystemContract, RenameReplacesTheTargetInOneStep) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     ASSERT_TRUE(files.WriteAll("C:\\Games\\a.txt", "A"));
     ASSERT_TRUE(files.Rename("C:\\GAMES\\A.TXT", "c:\\games\\game.ini"));
     EXPECT_EQ(files.ReadAll(kIni), "A");
@@ -179,16 +185,17 @@ TYPED_TEST(FileSystemContract, RenameReplacesTheTargetInOneStep) {
 
     ASSERT_TRUE(files.WriteAll("C:\\Games\\b.txt", "B"));
     ASSERT_TRUE(files.SetAttributes("C:\\Games\\b.txt", attr::ReadOnly));
-    this->ExpectFailed(files.Rename(kIni, "C:\\Games\\b.txt"), "onto a read-only file");
-    this->ExpectFailed(files.Rename(kIni, "C:\\Games\\Disc"), "onto a folder");
-    this->ExpectFailed(files.Rename("C:\\Games\\Missing", "C:\\Games\\c.txt"), "nothing there");
-    this->ExpectFailed(files.Rename(kIni, "C:\\Missing\\c.txt"), "no parent folder");
+    this->ExpectFailed(files.Rename(kIni, "C:\\Games\\b.txt"), kReadOnly, "onto a read-only file");
+    this->ExpectFailed(files.Rename(kIni, "C:\\Games\\Disc"), kFolder, "onto a folder");
+    this->ExpectFailed(files.Rename("C:\\Games\\Missing", "C:\\Games\\c.txt"), kMissing,
+                       "nothing there");
+    this->ExpectFailed(files.Rename(kIni, "C:\\Missing\\c.txt"), kMissing, "no parent folder");
     EXPECT_EQ(files.ReadAll("C:\\Games\\b.txt"), "B");
     EXPECT_EQ(files.ReadAll(kIni), "A");
 }
 
 TYPED_TEST(FileSystemContract, CopyTakesTheMarksAndReplacesTheTarget) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     ASSERT_TRUE(files.WriteAll("C:\\Games\\Copy.ini", "old"));
     ASSERT_TRUE(files.SetAttributes(kIni, attr::ReadOnly | attr::Hidden));
     ASSERT_TRUE(files.Copy("c:\\games\\GAME.INI", "C:\\Games\\copy.ini"));
@@ -199,35 +206,35 @@ TYPED_TEST(FileSystemContract, CopyTakesTheMarksAndReplacesTheTarget) {
     ASSERT_TRUE(files.Copy(kIni, "C:\\Games\\Disc\\New.ini"));
     EXPECT_EQ(files.Attributes("C:\\Games\\Disc\\New.ini"), attr::Archive);
 
-    this->ExpectFailed(files.Copy(kIni, "C:\\Games\\Copy.ini"), "onto a read-only file");
-    this->ExpectFailed(files.Copy(kIni, "C:\\GAMES\\game.ini"), "onto itself");
-    this->ExpectFailed(files.Copy(kIni, "C:\\Games\\Disc"), "onto a folder");
-    this->ExpectFailed(files.Copy("C:\\Games\\Disc", "C:\\Games\\x"), "a folder");
-    this->ExpectFailed(files.Copy("C:\\Missing.ini", "C:\\Games\\x"), "nothing there");
+    this->ExpectFailed(files.Copy(kIni, "C:\\Games\\Copy.ini"), kReadOnly, "onto a read-only file");
+    this->ExpectFailed(files.Copy(kIni, "C:\\GAMES\\game.ini"), kInTheWay, "onto itself");
+    this->ExpectFailed(files.Copy(kIni, "C:\\Games\\Disc"), kFolder, "onto a folder");
+    this->ExpectFailed(files.Copy("C:\\Games\\Disc", "C:\\Games\\x"), kFolder, "a folder");
+    this->ExpectFailed(files.Copy("C:\\Missing.ini", "C:\\Games\\x"), kMissing, "nothing there");
     EXPECT_EQ(files.ReadAll(kIni), "[s]\nk=1\n");
 }
 
 TYPED_TEST(FileSystemContract, RemovesFilesWhateverTheirMarksAndOnlyEmptyFolders) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     ASSERT_TRUE(files.SetAttributes(kIni, attr::ReadOnly));
     EXPECT_TRUE(files.Remove("c:\\GAMES\\game.ini"));
     EXPECT_EQ(files.Attributes(kIni), std::nullopt);
 
     ASSERT_TRUE(files.CreateFolder("C:\\Games\\Disc\\Saves"));
-    this->ExpectFailed(files.CreateFolder("C:\\GAMES\\disc\\saves"), "already there");
-    this->ExpectFailed(files.CreateFolder("C:\\Games\\No\\Such"), "one level at a time");
-    this->ExpectFailed(files.CreateFolder("C:\\"), "a drive's root");
+    this->ExpectFailed(files.CreateFolder("C:\\GAMES\\disc\\saves"), kInTheWay, "already there");
+    this->ExpectFailed(files.CreateFolder("C:\\Games\\No\\Such"), kMissing, "one level at a time");
+    this->ExpectFailed(files.CreateFolder("C:\\"), kInTheWay, "a drive's root");
     ASSERT_TRUE(files.WriteAll(kIni, "x"));
-    this->ExpectFailed(files.CreateFolder(kIni), "a file in the way");
-    this->ExpectFailed(files.Remove("C:\\Games\\Disc"), "a folder that is not empty");
-    this->ExpectFailed(files.Remove("C:\\"), "a drive's root");
-    this->ExpectFailed(files.Remove("C:\\Games\\Missing"), "nothing there");
+    this->ExpectFailed(files.CreateFolder(kIni), kInTheWay, "a file in the way");
+    this->ExpectFailed(files.Remove("C:\\Games\\Disc"), kNotEmpty, "a folder that is not empty");
+    this->ExpectFailed(files.Remove("C:\\"), kMissing, "a drive's root");
+    this->ExpectFailed(files.Remove("C:\\Games\\Missing"), kMissing, "nothing there");
     EXPECT_TRUE(files.Remove("C:\\Games\\Disc\\SAVES"));
     EXPECT_EQ(this->Names("C:\\Games\\Disc"), std::set<std::string>{});
 }
 
 TYPED_TEST(FileSystemContract, StampsMoveWithEveryChangeOfAFile) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     const auto before = files.Stamp(kIni);
     ASSERT_TRUE(before);
     EXPECT_EQ(before->size, 8u);
@@ -240,7 +247,7 @@ TYPED_TEST(FileSystemContract, StampsMoveWithEveryChangeOfAFile) {
 
 TYPED_TEST(FileSystemContract, DrivesComeInLetterOrder) {
     std::vector<std::string> roots;
-    for (const DriveInfo& drive : this->files.Drives()) {
+    for (const DriveInfo& drive : this->fileSystem.Drives()) {
         roots.push_back(drive.root);
         EXPECT_EQ(drive.type, DriveType::Fixed) << drive.root;
     }
@@ -248,7 +255,7 @@ TYPED_TEST(FileSystemContract, DrivesComeInLetterOrder) {
 }
 
 TYPED_TEST(FileSystemContract, MapsWindowsPathsToTheHostAndBack) {
-    FileSystem& files = this->files;
+    FileSystem& files = this->fileSystem;
     const std::string& c = this->hostC;
     struct Row {
         std::string windows;

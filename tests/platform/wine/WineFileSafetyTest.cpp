@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <functional>
 
-#include "platform/fake/FakeFileSystem.h"
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/WineDesktopShortcuts.h"
 #include "platform/wine/WineEnvironment.h"
@@ -234,42 +233,6 @@ TEST_F(WineFileSafety, AReadOnlyFolderFailsAndSaysWhy) {
     }));
     EXPECT_EQ(temp.Read("drive_c/Games/Locked/game.ini"), "old");
     EXPECT_EQ(std::distance(fs::directory_iterator(locked), fs::directory_iterator()), 1);
-}
-
-// The fake file system stands in for this one in most tests: both refuse the same calls with
-// the same reasons.
-TEST_F(WineFileSafety, EachFailureSaysWhyAndTheFakeSaysTheSame) {
-    FakeFileSystem fake;
-    fake.PutFile(kIni, "old");
-    fake.PutFile("C:\\Games\\Sample\\Bin\\Sample.EXE", "MZ");
-    for (FileSystem* fsys : {static_cast<FileSystem*>(&files), static_cast<FileSystem*>(&fake)}) {
-        const char* which = fsys == &files ? "wine" : "fake";
-        ASSERT_TRUE(fsys->WriteAll("C:\\Games\\Sample\\b.ini", "b"));
-        ASSERT_TRUE(fsys->SetAttributes(kIni, attr::ReadOnly));
-        struct Row {
-            const char* reason;
-            std::function<bool()> call;
-        };
-        const Row rows[] = {
-            {"the file is read-only", [&] { return fsys->WriteAll(kIni, "x"); }},
-            {"the file is read-only",
-             [&] { return fsys->Rename("C:\\Games\\Sample\\b.ini", kIni); }},
-            {"the file is read-only", [&] { return fsys->Copy("C:\\Games\\Sample\\b.ini", kIni); }},
-            {"the file or folder does not exist",
-             [&] { return fsys->ReadAll("C:\\Games\\none.ini").has_value(); }},
-            {"it is a folder", [&] { return fsys->Copy(kIni, "C:\\Games\\Sample\\Bin"); }},
-            {"the folder is not empty", [&] { return fsys->Remove("C:\\Games\\Sample"); }},
-        };
-        for (const Row& row : rows) {
-            EXPECT_FALSE(row.call()) << which << ": " << row.reason;
-            EXPECT_EQ(fsys->LastError(), row.reason) << which;
-        }
-        EXPECT_EQ(fsys->ReadAll(kIni), "old") << which;
-        EXPECT_EQ(fsys->ReadAll("C:\\Games\\Sample\\b.ini"), "b") << which;
-    }
-    EXPECT_FALSE(files.ReadAll("C:\\Games\\Sample").has_value());
-    EXPECT_EQ(files.LastError(), "it is a folder");
-    EXPECT_TRUE(Strays().empty());
 }
 
 TEST_F(WineFileSafety, WindowsNamesAreCodePageTextAndHostNamesUtf8) {
