@@ -235,6 +235,25 @@ TEST_F(WineFileSafety, AReadOnlyFolderFailsAndSaysWhy) {
     EXPECT_EQ(std::distance(fs::directory_iterator(locked), fs::directory_iterator()), 1);
 }
 
+// The hidden mark's attribute can be written only on a writable file; the owner of a read-only
+// file marks it all the same, and it stays read-only.
+TEST_F(WineFileSafety, TheOwnerOfAReadOnlyFileCanHideIt) {
+    const fs::path own = temp.Write("drive_c/Games/Sample/own.ini", "x");
+    if (IsRoot()) {
+        ASSERT_EQ(::chmod(prefix().c_str(), 0755), 0);
+        ASSERT_EQ(::chown(own.c_str(), kNobody, kNobody), 0);
+    }
+    ASSERT_EQ(::chmod(own.c_str(), 0444), 0);
+    const fs::path prefixPath = prefix();
+    EXPECT_TRUE(AsAnUnprivilegedUser([&] {
+        WineFileSystem mine(prefixPath);
+        const char* path = "C:\\Games\\Sample\\own.ini";
+        return mine.SetAttributes(path, attr::ReadOnly | attr::Hidden) &&
+               mine.Attributes(path) == (attr::Archive | attr::ReadOnly | attr::Hidden);
+    }));
+    EXPECT_EQ(StatOf(own).st_mode & 07777, 0444u);
+}
+
 TEST_F(WineFileSafety, WindowsNamesAreCodePageTextAndHostNamesUtf8) {
     const fs::path cafe = driveC() / "Jeux" / "Orbital Caf\xc3\xa9";  // UTF-8 on the host
     temp.Write("drive_c/Jeux/Orbital Caf\xc3\xa9/game.ini", "found");
