@@ -44,7 +44,7 @@ std::unique_ptr<Session> Session::Open(const SessionOptions& options, platform::
         options.prefix.empty() ? platform::WineMachine::DefaultPrefix() : options.prefix;
     auto backend = std::make_unique<Backend>(fs::absolute(prefix, ec));
     backend->wine.shell().UseTerminal(options.terminal);
-    auto folder = backend->wine.files().ToWindowsPath(fs::canonical(home, ec));
+    auto folder = backend->wine.machine().files.ToWindowsPath(fs::canonical(home, ec).native());
     if (!folder) {
         error = "the program folder " + home.string() + " is on no drive of the prefix";
         return nullptr;
@@ -64,12 +64,11 @@ mainwindow::LogicServices Session::WindowServices() {
 }
 
 std::string Session::HostPathOf(const std::string& windowsPath) {
-    auto host = backend_->wine.files().ToHostPath(windowsPath);
-    return host ? host->string() : std::string();
+    return machine().files.ToHostPath(windowsPath).value_or(std::string());
 }
 
 std::optional<std::string> Session::WindowsPathOf(const fs::path& hostPath) {
-    return backend_->wine.files().ToWindowsPath(hostPath);
+    return machine().files.ToWindowsPath(hostPath.native());
 }
 
 }  // namespace optera::core

@@ -84,6 +84,21 @@ class FileSystem {
     // The drives of the machine in letter order.
     virtual std::vector<DriveInfo> Drives() const = 0;
 
+    // Where a Windows path is on the host the machine runs on (for a file dialog, a message or a
+    // host program): components that exist take their spelling on disk, the rest stay as
+    // written. nullopt when the path has no drive letter, its drive does not exist, or the files
+    // are not on a host.
+    virtual std::optional<std::string> ToHostPath(std::string_view windowsPath) const {
+        (void)windowsPath;
+        return std::nullopt;
+    }
+    // The Windows path of an absolute host path (a file chosen in a host dialog), through the
+    // drive whose folder holds it most closely; nullopt when it lies on no drive.
+    virtual std::optional<std::string> ToWindowsPath(std::string_view hostPath) const {
+        (void)hostPath;
+        return std::nullopt;
+    }
+
     // Why the last call that failed did so, in plain words for the user ("the disk is full",
     // "permission denied"); "" when the implementation cannot tell. Questions that only look
     // (Attributes, FileIdentity, Drives) leave it as it was.

@@ -13,15 +13,35 @@ constexpr std::uint32_t kSettableMarks = attr::ReadOnly | attr::Hidden;
 constexpr const char* kMissing = "the file or folder does not exist";
 constexpr const char* kFolder = "it is a folder";
 constexpr const char* kReadOnly = "the file is read-only";
+constexpr const char* kInTheWay = "something of that name is in the way";
+
+// The components of an absolute host path, ".." taking away the one before; nullopt for a
+// relative one.
+std::optional<std::vector<std::string>> HostComponents(std::string_view path) {
+    if (path.empty() || path.front() != '/') return std::nullopt;
+    std::vector<std::string> parts;
+    while (!path.empty()) {
+        const std::size_t slash = path.find('/');
+        const std::string_view part = path.substr(0, slash);
+        if (part == "..") {
+            if (!parts.empty()) parts.pop_back();
+        } else if (!part.empty() && part != ".") {
+            parts.emplace_back(part);
+        }
+        path = slash == std::string_view::npos ? std::string_view() : path.substr(slash + 1);
+    }
+    return parts;
+}
 }  // namespace
 
 FakeFileSystem::FakeFileSystem() {
     AddDrive('C', DriveType::Fixed);
 }
 
-void FakeFileSystem::AddDrive(char letter, DriveType type) {
+void FakeFileSystem::AddDrive(char letter, DriveType type, std::string hostFolder) {
     letter = text::FoldUpper(letter);
-    drives_[letter] = type;
+    if (hostFolder.empty()) hostFolder = std::string("/fake/drive_") + text::FoldLower(letter);
+    drives_[letter] = {type, HostComponents(hostFolder).value_or(std::vector<std::string>{})};
     std::string root{letter, ':', '\\'};
     Node& node = nodes_[root];
     node.name = root;
@@ -165,7 +185,11 @@ bool FakeFileSystem::Rename(std::string_view from, std::string_view to) {
     if (!source) return Failed(kMissing);
     if (source->folder) return Failed(kFolder);
     Node* target = Find(to);
-    if (target == source) return true;
+    if (target == source) {
+        // The same file: at most a new spelling of its name.
+        source->name = NameOf(NormalizePath(to));
+        return true;
+    }
     if (target && target->folder) return Failed(kFolder);
     if (target && (target->marks & attr::ReadOnly)) return Failed(kReadOnly);
     if (!target && !ParentFolder(to)) return Failed(kMissing);
@@ -186,7 +210,7 @@ bool FakeFileSystem::Copy(std::string_view from, std::string_view to) {
     if (ReadFails(from)) return false;
     Node copy = *source;
     Node* target = Find(to);
-    if (target == source) return Failed("it is the same file");
+    if (target == source) return Failed(kInTheWay);
     if (!WriteAll(to, copy.bytes)) return false;
     Find(to)->marks = copy.marks;
     Changed(*Find(to));
@@ -213,7 +237,7 @@ void FakeFileSystem::Unlink(std::string_view path) {
 }
 
 bool FakeFileSystem::CreateFolder(std::string_view path) {
-    if (Find(path)) return Failed("something of that name is in the way");
+    if (Find(path)) return Failed(kInTheWay);
     Node* parent = ParentFolder(path);
     if (!parent) return Failed(kMissing);
     if (Fails(path)) return false;
@@ -235,8 +259,41 @@ std::optional<FileStamp> FakeFileSystem::Stamp(std::string_view path) const {
 
 std::vector<DriveInfo> FakeFileSystem::Drives() const {
     std::vector<DriveInfo> drives;
-    for (auto [letter, type] : drives_) drives.push_back({std::string{letter, ':', '\\'}, type});
+    for (const auto& [letter, drive] : drives_)
+        drives.push_back({std::string{letter, ':', '\\'}, drive.type});
     return drives;
+}
+
+std::optional<std::string> FakeFileSystem::ToHostPath(std::string_view windowsPath) const {
+    auto drive = drives_.find(DriveLetterOf(windowsPath));
+    if (drive == drives_.end()) return std::nullopt;
+    std::string host;
+    for (const std::string& part : drive->second.hostFolder) host += "/" + part;
+    std::string windows{drive->first, ':', '\\'};
+    for (const std::string& part : ComponentsOf(windowsPath)) {
+        windows = JoinPath(windows, part);
+        const Node* node = Find(windows);
+        host += "/" + (node ? node->name : part);
+    }
+    return host.empty() ? "/" : host;
+}
+
+std::optional<std::string> FakeFileSystem::ToWindowsPath(std::string_view hostPath) const {
+    auto parts = HostComponents(hostPath);
+    if (!parts) return std::nullopt;
+    const std::pair<const char, Drive>* best = nullptr;
+    for (const auto& entry : drives_) {
+        const std::vector<std::string>& folder = entry.second.hostFolder;
+        if (folder.size() > parts->size() ||
+            !std::equal(folder.begin(), folder.end(), parts->begin()))
+            continue;
+        if (!best || folder.size() > best->second.hostFolder.size()) best = &entry;
+    }
+    if (!best) return std::nullopt;
+    std::string windows{best->first, ':', '\\'};
+    for (std::size_t i = best->second.hostFolder.size(); i < parts->size(); ++i)
+        windows = JoinPath(windows, (*parts)[i]);
+    return windows;
 }
 
 }  // namespace optera::platform

@@ -17,7 +17,8 @@ class FakeFileSystem : public FileSystem {
     // Starts with one fixed drive, C:.
     FakeFileSystem();
 
-    void AddDrive(char letter, DriveType type);
+    // A drive and the host folder it stands for ("/fake/drive_x" when none is given).
+    void AddDrive(char letter, DriveType type, std::string hostFolder = {});
     // Creates a file, and the folders above it, with the given content.
     void PutFile(std::string_view path, std::string_view bytes);
     // Every write, rename, copy or removal whose target path this returns true for fails, and
@@ -40,6 +41,10 @@ class FakeFileSystem : public FileSystem {
     bool Remove(std::string_view path) override;
     bool CreateFolder(std::string_view path) override;
     std::vector<DriveInfo> Drives() const override;
+    // Through the drives' host folders; the fake has no links, and a relative host path has no
+    // folder to start from.
+    std::optional<std::string> ToHostPath(std::string_view windowsPath) const override;
+    std::optional<std::string> ToWindowsPath(std::string_view hostPath) const override;
     // Every change of a file's content or marks gives it a new version, which stands for its
     // times; stamps are always settled.
     std::optional<FileStamp> Stamp(std::string_view path) const override;
@@ -72,7 +77,11 @@ class FakeFileSystem : public FileSystem {
     bool Failed(std::string reason) const;
 
     std::map<std::string, Node, text::LessNoCase> nodes_;  // keyed by normalised path
-    std::map<char, DriveType> drives_;
+    struct Drive {
+        DriveType type;
+        std::vector<std::string> hostFolder;  // components below the host's root
+    };
+    std::map<char, Drive> drives_;
     std::function<bool(std::string_view)> fails_;
     std::string failReason_;
     std::function<bool(std::string_view)> readFails_;

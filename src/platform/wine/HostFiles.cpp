@@ -1,9 +1,11 @@
 #include "platform/wine/HostFiles.h"
 
+#include "platform/FileAttributes.h"
 #include "platform/wine/HostReplace.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -79,6 +81,42 @@ bool CopyFully(int from, int to) {
         if (got == 0) return true;
         if (!WriteFully(to, std::string_view(buffer, static_cast<std::size_t>(got)))) return false;
     }
+}
+
+namespace {
+constexpr const char* kDosAttribute = "user.DOSATTRIB";
+}
+
+std::optional<std::string> ReadDosAttribute(const std::filesystem::path& file) {
+    char value[64];
+    const ssize_t size = ::getxattr(file.c_str(), kDosAttribute, value, sizeof value);
+    if (size < 0) return std::nullopt;
+    return std::string(value, static_cast<std::size_t>(size));
+}
+
+std::uint32_t DosMarksOf(std::string_view value) {
+    // Samba may follow the text with a binary record of its own; the text comes first.
+    const std::string text(value.substr(0, value.find('\0')));
+    if (!text.starts_with("0x") && !text.starts_with("0X")) return 0;
+    const auto bits = static_cast<std::uint32_t>(std::strtoul(text.c_str() + 2, nullptr, 16));
+    return bits & (attr::Hidden | attr::System);
+}
+
+std::string DosAttributeText(std::uint32_t marks) {
+    static const char kDigits[] = "0123456789abcdef";
+    std::string digits;
+    do {
+        digits.insert(digits.begin(), kDigits[marks & 0xf]);
+        marks >>= 4;
+    } while (marks != 0);
+    return "0x" + digits;
+}
+
+bool WriteDosAttribute(int fd, std::string_view value) {
+    if (::fsetxattr(fd, kDosAttribute, value.data(), value.size(), 0) == 0) return true;
+    if (errno != ENOTSUP) return false;
+    errno = 0;
+    return true;
 }
 
 void SyncFolder(const std::filesystem::path& folder) {

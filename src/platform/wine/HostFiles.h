@@ -2,6 +2,7 @@
 // Small POSIX helpers shared by the Wine machine's parts: folders read in directory order, file
 // descriptors that close themselves, and complete reads and writes. None of them throws.
 
+#include <cstdint>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -61,6 +62,17 @@ void SyncFolder(const std::filesystem::path& folder);
 // The whole content of a regular file; nullopt when it is missing, not a regular file or
 // unreadable, with the reason in `error` when given.
 std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error = nullptr);
+// The value of the extended attribute in which Wine keeps a file's hidden and system marks
+// (`user.DOSATTRIB`, text such as "0x2"), links followed; nullopt when the file has none.
+std::optional<std::string> ReadDosAttribute(const std::filesystem::path& file);
+// Those marks (attr::Hidden, attr::System) as the attribute's value gives them.
+std::uint32_t DosMarksOf(std::string_view value);
+// The attribute's value for the marks, as Wine writes it ("0x2").
+std::string DosAttributeText(std::uint32_t marks);
+// Stores the value where Wine reads it; 0 as errno when the file system keeps no such
+// attributes, which Wine takes as success too. False with errno set when it could not.
+bool WriteDosAttribute(int fd, std::string_view value);
+
 // Replaces a file so that a crash leaves the old or the new content (see HostReplace.h): a
 // trusted link is edited at its target and stays a link; the file keeps its mode and owner
 // unless `mode` is given.

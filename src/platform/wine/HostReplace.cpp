@@ -119,9 +119,14 @@ int ReplaceHostEntry(const fs::path& file, const HostReplacement& how) {
     const mode_t mode = how.mode ? *how.mode
                         : hadOld ? old.st_mode & 07777
                                  : 0666 & ~ProcessUmask();
-    // After the owner, since a change of owner clears the set-id bits.
+    const std::string marks = how.dosAttribute ? *how.dosAttribute
+                              : hadOld         ? ReadDosAttribute(folderPath / name).value_or("")
+                                               : "";
+    // The marks go on while the temporary is still writable; the mode after the owner, since a
+    // change of owner clears the set-id bits.
     errno = 0;
-    step(::fchmod(temp.fd(), mode) == 0) && step(how.fill(temp.fd())) &&
+    (marks.empty() || step(WriteDosAttribute(temp.fd(), marks))) &&
+        step(::fchmod(temp.fd(), mode) == 0) && step(how.fill(temp.fd())) &&
         step(::fsync(temp.fd()) == 0) &&
         (!how.written || step(::fstat(temp.fd(), how.written) == 0)) && step(temp.Close()) &&
         step(::renameat(folder.fd(), how.tempName.c_str(), folder.fd(), name.c_str()) == 0);

@@ -1,8 +1,8 @@
 #pragma once
 // Replacing host files so that nothing is lost: the new content goes to an exclusive temporary
 // beside the file, is synced, and is renamed over the file in one step. A crash, a full disk or
-// a failed write leaves the file as it was and no temporary behind. The file keeps its mode and
-// owner; a link to it stays a link when it is one this program trusts.
+// a failed write leaves the file as it was and no temporary behind. The file keeps its mode,
+// owner and hidden mark; a link to it stays a link when it is one this program trusts.
 
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -38,6 +38,9 @@ struct HostReplacement {
     // The mode of the new file; unset keeps the mode of the file replaced, and a new file gets
     // 0666 less the umask.
     std::optional<mode_t> mode;
+    // The new file's hidden and system marks as Wine keeps them (see ReadDosAttribute); unset
+    // keeps those of the file replaced, "" gives none.
+    std::optional<std::string> dosAttribute;
     // Where to put what the new file is, as it is renamed into place (may be null).
     struct stat* written = nullptr;
 };

@@ -90,7 +90,7 @@ bool RunProgram(const std::vector<std::string>& argvIn, const std::vector<std::s
 std::string HostShell::HostPathOf(std::string_view path) const {
     std::string windows = Unquoted(path);
     auto host = files_.ToHostPath(windows);
-    return host ? host->string() : windows;
+    return host ? *host : windows;
 }
 
 std::vector<std::string> HostShell::Environment() const {

@@ -139,20 +139,20 @@ std::optional<std::string> WineDesktopShortcuts::LauncherText(std::string_view l
     auto target = files_.ToHostPath(link.TargetPath);
     if (!target) return std::nullopt;
     std::string exec = "env " + ExecArgument("WINEPREFIX=" + files_.prefix().string()) + " wine " +
-                       ExecArgument(target->string());
+                       ExecArgument(*target);
     // Desktop entries are UTF-8; the link's texts are Windows text.
     for (const std::string& word : SplitWindowsCommandLine(link.Arguments))
         exec += " " + ExecArgument(text::Utf8FromCodePage(word));
 
     std::string icon = "wine";
     if (auto iconFile = files_.ToHostPath(link.IconLocation); iconFile && IsImage(*iconFile))
-        icon = iconFile->string();
+        icon = *iconFile;
     std::string text =
         "[Desktop Entry]\nType=Application\nName=" + EntryValue(text::Utf8FromCodePage(linkName)) +
         "\nComment=" + EntryValue(text::Utf8FromCodePage(link.Description)) + "\nExec=" + exec +
         "\n";
     if (auto folder = files_.ToHostPath(link.WorkingDirectory))
-        text += "Path=" + EntryValue(folder->string()) + "\n";
+        text += "Path=" + EntryValue(*folder) + "\n";
     text += "Icon=" + EntryValue(icon) + "\nTerminal=false\nStartupNotify=true\n";
     return text;
 }

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
+#include <sys/xattr.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -42,6 +43,27 @@ std::uint32_t AttributesOf(const struct stat& st, std::string_view name) {
     if (IsReadOnly(st)) bits |= attr::ReadOnly;
     if (name.size() > 1 && name[0] == '.' && name != "..") bits |= attr::Hidden;
     return bits;
+}
+
+// Hidden and system as Wine reads them: from the DOS attribute where the entry has one, else
+// hidden for a name that starts with a dot.
+std::uint32_t WithDosMarks(std::uint32_t bits, const fs::path& host) {
+    auto value = ReadDosAttribute(host);
+    if (!value) return bits;
+    return (bits & ~(attr::Hidden | attr::System)) | DosMarksOf(*value);
+}
+
+// Keeps the marks where Wine keeps them. A name starting with a dot keeps even "none" there,
+// or it would be hidden by its name again. A file system without such attributes keeps no
+// marks, which Wine takes as success too.
+bool StoreDosMarks(const fs::path& host, std::uint32_t marks) {
+    if (marks == 0 && host.filename().native()[0] != '.') {
+        return ::removexattr(host.c_str(), "user.DOSATTRIB") == 0 || errno == ENODATA ||
+               errno == ENOTSUP;
+    }
+    const std::string value = DosAttributeText(marks);
+    return ::setxattr(host.c_str(), "user.DOSATTRIB", value.data(), value.size(), 0) == 0 ||
+           errno == ENOTSUP;
 }
 
 // The kernel's own folders (processes, devices, run-time state) and mounts of its pseudo file
@@ -228,12 +250,13 @@ const WineFileSystem::Drive* WineFileSystem::FindDrive(char letter) const {
     return nullptr;
 }
 
-std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath) const {
-    return ToHostPath(windowsPath, nullptr);
+std::optional<std::string> WineFileSystem::ToHostPath(std::string_view windowsPath) const {
+    auto host = Locate(windowsPath);
+    if (!host) return std::nullopt;
+    return std::move(*host).native();
 }
 
-std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
-                                                   Found* found) const {
+std::optional<fs::path> WineFileSystem::Locate(std::string_view windowsPath, Found* found) const {
     Found ignored;
     Found& learnt = found ? *found : ignored;
     learnt.what = Found::Unknown;
@@ -283,7 +306,7 @@ std::optional<fs::path> WineFileSystem::ToHostPath(std::string_view windowsPath,
 bool WineFileSystem::StatHost(std::string_view windowsPath, fs::path& host,
                               struct stat& status) const {
     Found found;
-    auto path = ToHostPath(windowsPath, &found);
+    auto path = Locate(windowsPath, &found);
     if (!path || found.what == Found::Missing) return false;
     host = std::move(*path);
     if (found.what == Found::Status) {
@@ -293,14 +316,34 @@ bool WineFileSystem::StatHost(std::string_view windowsPath, fs::path& host,
     return ::stat(host.c_str(), &status) == 0;
 }
 
-std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) const {
+std::optional<std::string> WineFileSystem::ToWindowsPath(std::string_view hostPath) const {
+    if (hostPath.empty() || hostPath.find('\0') != std::string_view::npos) return std::nullopt;
     std::error_code error;
-    fs::path absolute = fs::absolute(host, error);
+    // ".." goes lexically, as Windows takes it in its own paths.
+    fs::path written = fs::absolute(fs::path(hostPath), error).lexically_normal();
     if (error) return std::nullopt;
-    absolute = absolute.lexically_normal();
+    if (!written.has_filename() && written.has_relative_path()) written = written.parent_path();
+    auto mapped = OnDeepestDrive(written);
+    // A file chosen through a linked folder ("~/games" leading into drive_c) lies, as written,
+    // only on the drive of the host's root (Z:) or on none; the drive that holds its real folder
+    // names it as the game knows it. Any other drive that holds the path as written keeps it, and
+    // the file itself is not resolved: a link in a game's folder is named where it is.
+    if (written.has_relative_path() && (!mapped || mapped->second == 0)) {
+        fs::path real = fs::weakly_canonical(written.parent_path(), error);
+        if (!error && real != written.parent_path()) {
+            auto resolved = OnDeepestDrive(real / written.filename());
+            if (resolved && (!mapped || resolved->second > 0)) mapped = std::move(resolved);
+        }
+    }
+    if (!mapped) return std::nullopt;
+    return std::move(mapped->first);
+}
+
+std::optional<std::pair<std::string, std::size_t>> WineFileSystem::OnDeepestDrive(
+    const fs::path& host) const {
     std::vector<std::string> parts;
-    for (const fs::path& part : absolute.relative_path())
-        if (!part.empty()) parts.push_back(WindowsName(part.native()));
+    for (const fs::path& part : host.relative_path())
+        if (!part.empty()) parts.push_back(part.native());
 
     // Drives are compared by the identity of their folders, as Wine does, so that a link to a
     // drive's folder or a prefix reached through a linked path still maps to the drive.
@@ -314,9 +357,8 @@ std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) c
         if (::stat(drive.target.c_str(), &root.st) == 0) roots.push_back(root);
     }
 
-    // The deepest folder on the path that is a drive's folder gives the drive.
     for (std::size_t depth = parts.size() + 1; depth-- > 0;) {
-        fs::path folder = absolute.root_path();
+        fs::path folder = host.root_path();
         for (std::size_t i = 0; i < depth; ++i) folder /= parts[i];
         struct stat st;
         if (::stat(folder.c_str(), &st) != 0) continue;
@@ -325,9 +367,9 @@ std::optional<std::string> WineFileSystem::ToWindowsPath(const fs::path& host) c
             std::string windows{root.letter, ':', '\\'};
             for (std::size_t i = depth; i < parts.size(); ++i) {
                 if (i > depth) windows += '\\';
-                windows += parts[i];
+                windows += WindowsName(parts[i]);
             }
-            return windows;
+            return std::pair{std::move(windows), depth};
         }
     }
     return std::nullopt;
@@ -339,7 +381,7 @@ std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) c
     if (!StatHost(path, host, st)) return std::nullopt;
     // A drive's root is never hidden, whatever its host folder is called.
     if (ComponentsOf(path).empty()) return AttributesOf(st, "");
-    std::uint32_t bits = AttributesOf(st, host.filename().native());
+    std::uint32_t bits = WithDosMarks(AttributesOf(st, host.filename().native()), host);
     if (!S_ISDIR(st.st_mode)) return bits;  // only a folder can be the kernel's
     struct stat parent;
     const dev_t parentDevice =
@@ -349,10 +391,14 @@ std::optional<std::uint32_t> WineFileSystem::Attributes(std::string_view path) c
 }
 
 bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attributes) {
-    auto host = ToHostPath(path);
+    auto host = Locate(path);
     struct stat st;
     if (!host) return Failed(ENOENT);
     if (::stat(host->c_str(), &st) != 0) return Failed(errno);
+    const std::uint32_t marks = WithDosMarks(AttributesOf(st, host->filename().native()), *host) &
+                                (attr::Hidden | attr::System);
+    const std::uint32_t wantedMarks = (marks & attr::System) | (attributes & attr::Hidden);
+    const bool newMarks = wantedMarks != marks && !ComponentsOf(path).empty();
     const mode_t mode = st.st_mode & 07777;
     mode_t wanted = mode;
     if (attributes & attr::ReadOnly) {
@@ -364,8 +410,20 @@ bool WineFileSystem::SetAttributes(std::string_view path, std::uint32_t attribut
         wanted =
             mode | ((S_IRUSR | S_IWUSR | ((mode & (S_IRGRP | S_IROTH)) >> 1)) & ~ProcessUmask());
     }
-    // Hidden and system have no place on a Linux file system: nothing to do for them.
-    return wanted == mode || ::chmod(host->c_str(), wanted) == 0 || Failed(errno);
+    // The marks' attribute can be written only while the file can: the marks go on before the
+    // file becomes read-only or after it stops being so, and a file read-only before and after
+    // lends its owner the write bit for that moment.
+    if (newMarks && !IsReadOnly(st) && !StoreDosMarks(*host, wantedMarks)) return Failed(errno);
+    if (wanted != mode && ::chmod(host->c_str(), wanted) != 0) return Failed(errno);
+    if (newMarks && IsReadOnly(st)) {
+        const bool lend = (wanted & kWriteBits) == 0;
+        if (lend && ::chmod(host->c_str(), wanted | S_IWUSR) != 0) return Failed(errno);
+        const bool stored = StoreDosMarks(*host, wantedMarks);
+        const int error = errno;
+        if (lend) ::chmod(host->c_str(), wanted);
+        if (!stored) return Failed(error);
+    }
+    return true;
 }
 
 std::optional<std::vector<DirEntry>> WineFileSystem::List(std::string_view folder) const {
@@ -378,7 +436,7 @@ std::optional<std::vector<DirEntry>> WineFileSystem::ListForSearch(std::string_v
 
 std::optional<std::vector<DirEntry>> WineFileSystem::ListFolder(std::string_view folder,
                                                                 bool quick) const {
-    auto host = ToHostPath(folder);
+    auto host = Locate(folder);
     if (!host) return Failed(ENOENT), std::nullopt;
     Folder listing(*host);
     if (!listing.ok()) return Failed(errno), std::nullopt;
@@ -388,13 +446,15 @@ std::optional<std::vector<DirEntry>> WineFileSystem::ListFolder(std::string_view
     while (const char* name = listing.Next()) {
         if (quick && listing.type() == DT_REG) {
             const bool hidden = name[0] == '.';
-            entries.push_back({WindowsName(name), attr::Archive | (hidden ? attr::Hidden : 0u)});
+            entries.push_back(
+                {WindowsName(name),
+                 WithDosMarks(attr::Archive | (hidden ? attr::Hidden : 0u), *host / name)});
             continue;
         }
         struct stat st;
         // Follows links as Windows sees them; a link to nothing is not listed.
         if (::fstatat(listing.fd(), name, &st, 0) != 0) continue;
-        std::uint32_t bits = AttributesOf(st, name);
+        std::uint32_t bits = WithDosMarks(AttributesOf(st, name), *host / name);
         if (IsKernelFolder(*host / name, st, device)) bits |= attr::Hidden | attr::System;
         entries.push_back({WindowsName(name), bits, static_cast<std::uint64_t>(st.st_dev),
                            static_cast<std::uint64_t>(st.st_ino)});
@@ -406,7 +466,7 @@ std::optional<std::vector<DirEntry>> WineFileSystem::ListFolder(std::string_view
 
 std::optional<std::pair<std::uint64_t, std::uint64_t>> WineFileSystem::FileIdentity(
     std::string_view path) const {
-    auto host = ToHostPath(path);
+    auto host = Locate(path);
     struct stat st;
     if (!host || ::stat(host->c_str(), &st) != 0) return std::nullopt;
     return std::pair{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)};
@@ -431,7 +491,7 @@ std::optional<FileStamp> WineFileSystem::Stamp(std::string_view path) const {
 }
 
 std::optional<std::string> WineFileSystem::ReadAll(std::string_view path) const {
-    auto host = ToHostPath(path);
+    auto host = Locate(path);
     if (!host) return Failed(ENOENT), std::nullopt;
     int error = 0;
     auto content = ReadHostFile(*host, &error);
@@ -445,7 +505,7 @@ bool WineFileSystem::WriteAll(std::string_view path, std::string_view bytes) {
 
 bool WineFileSystem::ReplaceContent(std::string_view path, std::string_view bytes,
                                     std::string_view tempName) {
-    auto host = ToHostPath(path);
+    auto host = Locate(path);
     if (!host || ComponentsOf(path).empty()) return Failed(ENOENT);
     // A file that is a link is written at its target, and the link stays.
     int error = 0;
@@ -466,8 +526,8 @@ bool WineFileSystem::ReplaceContent(std::string_view path, std::string_view byte
 }
 
 bool WineFileSystem::Rename(std::string_view from, std::string_view to) {
-    auto source = ToHostPath(from);
-    auto target = ToHostPath(to);
+    auto source = Locate(from);
+    auto target = Locate(to);
     if (!source || !target || ComponentsOf(from).empty() || ComponentsOf(to).empty())
         return Failed(ENOENT);
     struct stat st;
@@ -509,8 +569,8 @@ bool WineFileSystem::Rename(std::string_view from, std::string_view to) {
 }
 
 bool WineFileSystem::Copy(std::string_view from, std::string_view to) {
-    auto source = ToHostPath(from);
-    auto target = ToHostPath(to);
+    auto source = Locate(from);
+    auto target = Locate(to);
     if (!source || !target || ComponentsOf(to).empty()) return Failed(ENOENT);
     // The copy may get another owner than its source (the folder's): a link of another user
     // must not make the superuser copy out a file that user could not read.
@@ -534,12 +594,17 @@ bool WineFileSystem::Copy(std::string_view from, std::string_view to) {
     how.tempName = TempNameFor(*target);
     how.fill = [&in](int fd) { return CopyFully(in.fd(), fd); };
     how.mode = sourceStat.st_mode & 0777;
+    // The copy is as hidden as its source, whose name may be what hides it.
+    const std::uint32_t marks =
+        WithDosMarks(AttributesOf(sourceStat, source->filename().native()), *source) &
+        (attr::Hidden | attr::System);
+    how.dosAttribute = marks != 0 ? DosAttributeText(marks) : "";
     error = ReplaceHostEntry(*target, how);
     return error == 0 || Failed(error);
 }
 
 bool WineFileSystem::Remove(std::string_view path) {
-    auto host = ToHostPath(path);
+    auto host = Locate(path);
     struct stat st;
     if (!host || ComponentsOf(path).empty()) return Failed(ENOENT);
     if (::lstat(host->c_str(), &st) != 0) return Failed(errno);
@@ -548,8 +613,10 @@ bool WineFileSystem::Remove(std::string_view path) {
 }
 
 bool WineFileSystem::CreateFolder(std::string_view path) {
-    auto host = ToHostPath(path);
-    if (!host || ComponentsOf(path).empty()) return Failed(ENOENT);
+    auto host = Locate(path);
+    if (!host) return Failed(ENOENT);
+    // A drive's root is always there, whatever its host folder's state.
+    if (ComponentsOf(path).empty()) return Failed(EEXIST);
     return ::mkdir(host->c_str(), 0777) == 0 || Failed(errno);
 }
 

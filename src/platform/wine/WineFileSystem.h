@@ -35,12 +35,10 @@ class WineFileSystem : public FileSystem {
     const std::filesystem::path& prefix() const { return prefix_; }
     const std::vector<Drive>& drives() const { return drives_; }
 
-    // Where a Windows path is on the host; nullopt when the path has no drive letter or its
-    // drive does not exist. Components that are not on disk are kept as written.
-    std::optional<std::filesystem::path> ToHostPath(std::string_view windowsPath) const;
-    // The Windows path of a host path, through the drive whose folder holds it most closely;
-    // nullopt when no drive holds it.
-    std::optional<std::string> ToWindowsPath(const std::filesystem::path& host) const;
+    // Drive X: is the folder `dosdevices/x:` leads to, so Z: (the host's root) holds every host
+    // path; a path that lies on a drive's folder through a link maps onto that drive.
+    std::optional<std::string> ToHostPath(std::string_view windowsPath) const override;
+    std::optional<std::string> ToWindowsPath(std::string_view hostPath) const override;
 
     std::optional<std::uint32_t> Attributes(std::string_view path) const override;
     bool SetAttributes(std::string_view path, std::uint32_t attributes) override;
@@ -72,8 +70,14 @@ class WineFileSystem : public FileSystem {
         enum { Unknown, Missing, Status } what = Unknown;
         struct stat status;  // of the entry itself, which is not a link
     };
-    std::optional<std::filesystem::path> ToHostPath(std::string_view windowsPath,
-                                                    Found* found) const;
+    // Where a Windows path is on the host; nullopt when the path has no drive letter or its
+    // drive does not exist. Components that are not on disk are kept as written.
+    std::optional<std::filesystem::path> Locate(std::string_view windowsPath,
+                                                Found* found = nullptr) const;
+    // The Windows path of an absolute, normal host path through the drive whose folder is the
+    // deepest on it, and the depth of that folder; nullopt when no drive's folder is on it.
+    std::optional<std::pair<std::string, std::size_t>> OnDeepestDrive(
+        const std::filesystem::path& host) const;
     // The host path and the status of what is there (links followed); false when nothing is.
     bool StatHost(std::string_view windowsPath, std::filesystem::path& host,
                   struct stat& status) const;

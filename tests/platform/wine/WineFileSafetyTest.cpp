@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <functional>
 
-#include "platform/fake/FakeFileSystem.h"
 #include "platform/wine/HostFiles.h"
 #include "platform/wine/WineDesktopShortcuts.h"
 #include "platform/wine/WineEnvironment.h"
@@ -236,40 +235,23 @@ TEST_F(WineFileSafety, AReadOnlyFolderFailsAndSaysWhy) {
     EXPECT_EQ(std::distance(fs::directory_iterator(locked), fs::directory_iterator()), 1);
 }
 
-// The fake file system stands in for this one in most tests: both refuse the same calls with
-// the same reasons.
-TEST_F(WineFileSafety, EachFailureSaysWhyAndTheFakeSaysTheSame) {
-    FakeFileSystem fake;
-    fake.PutFile(kIni, "old");
-    fake.PutFile("C:\\Games\\Sample\\Bin\\Sample.EXE", "MZ");
-    for (FileSystem* fsys : {static_cast<FileSystem*>(&files), static_cast<FileSystem*>(&fake)}) {
-        const char* which = fsys == &files ? "wine" : "fake";
-        ASSERT_TRUE(fsys->WriteAll("C:\\Games\\Sample\\b.ini", "b"));
-        ASSERT_TRUE(fsys->SetAttributes(kIni, attr::ReadOnly));
-        struct Row {
-            const char* reason;
-            std::function<bool()> call;
-        };
-        const Row rows[] = {
-            {"the file is read-only", [&] { return fsys->WriteAll(kIni, "x"); }},
-            {"the file is read-only",
-             [&] { return fsys->Rename("C:\\Games\\Sample\\b.ini", kIni); }},
-            {"the file is read-only", [&] { return fsys->Copy("C:\\Games\\Sample\\b.ini", kIni); }},
-            {"the file or folder does not exist",
-             [&] { return fsys->ReadAll("C:\\Games\\none.ini").has_value(); }},
-            {"it is a folder", [&] { return fsys->Copy(kIni, "C:\\Games\\Sample\\Bin"); }},
-            {"the folder is not empty", [&] { return fsys->Remove("C:\\Games\\Sample"); }},
-        };
-        for (const Row& row : rows) {
-            EXPECT_FALSE(row.call()) << which << ": " << row.reason;
-            EXPECT_EQ(fsys->LastError(), row.reason) << which;
-        }
-        EXPECT_EQ(fsys->ReadAll(kIni), "old") << which;
-        EXPECT_EQ(fsys->ReadAll("C:\\Games\\Sample\\b.ini"), "b") << which;
+// The hidden mark's attribute can be written only on a writable file; the owner of a read-only
+// file marks it all the same, and it stays read-only.
+TEST_F(WineFileSafety, TheOwnerOfAReadOnlyFileCanHideIt) {
+    const fs::path own = temp.Write("drive_c/Games/Sample/own.ini", "x");
+    if (IsRoot()) {
+        ASSERT_EQ(::chmod(prefix().c_str(), 0755), 0);
+        ASSERT_EQ(::chown(own.c_str(), kNobody, kNobody), 0);
     }
-    EXPECT_FALSE(files.ReadAll("C:\\Games\\Sample").has_value());
-    EXPECT_EQ(files.LastError(), "it is a folder");
-    EXPECT_TRUE(Strays().empty());
+    ASSERT_EQ(::chmod(own.c_str(), 0444), 0);
+    const fs::path prefixPath = prefix();
+    EXPECT_TRUE(AsAnUnprivilegedUser([&] {
+        WineFileSystem mine(prefixPath);
+        const char* path = "C:\\Games\\Sample\\own.ini";
+        return mine.SetAttributes(path, attr::ReadOnly | attr::Hidden) &&
+               mine.Attributes(path) == (attr::Archive | attr::ReadOnly | attr::Hidden);
+    }));
+    EXPECT_EQ(StatOf(own).st_mode & 07777, 0444u);
 }
 
 TEST_F(WineFileSafety, WindowsNamesAreCodePageTextAndHostNamesUtf8) {
@@ -280,7 +262,7 @@ TEST_F(WineFileSafety, WindowsNamesAreCodePageTextAndHostNamesUtf8) {
     EXPECT_EQ(files.ReadAll(windows + "\\game.ini"), "found");
     EXPECT_EQ(files.ReadAll("C:\\JEUX\\ORBITAL CAF\xc9\\GAME.INI"), "found");
     EXPECT_EQ(files.ToHostPath(windows), cafe);
-    EXPECT_EQ(files.ToWindowsPath(cafe), windows);
+    EXPECT_EQ(files.ToWindowsPath(cafe.native()), windows);
     auto entries = files.List("C:\\Jeux");
     ASSERT_TRUE(entries);
     ASSERT_EQ(entries->size(), 1u);
