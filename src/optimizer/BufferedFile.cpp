@@ -102,6 +102,14 @@ std::vector<platform::DriveInfo> BufferedFile::Drives() const {
     return files_.Drives();
 }
 
+std::optional<std::string> BufferedFile::ToHostPath(std::string_view windowsPath) const {
+    return files_.ToHostPath(windowsPath);
+}
+
+std::optional<std::string> BufferedFile::ToWindowsPath(std::string_view hostPath) const {
+    return files_.ToWindowsPath(hostPath);
+}
+
 std::string BufferedFile::LastError() const {
     return files_.LastError();
 }

@@ -44,6 +44,8 @@ class BufferedFile : public platform::FileSystem {
     bool Remove(std::string_view path) override;
     bool CreateFolder(std::string_view path) override;
     std::vector<platform::DriveInfo> Drives() const override;
+    std::optional<std::string> ToHostPath(std::string_view windowsPath) const override;
+    std::optional<std::string> ToWindowsPath(std::string_view hostPath) const override;
     std::string LastError() const override;
 
   private:
