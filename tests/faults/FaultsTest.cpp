@@ -464,6 +464,15 @@ struct Case {
     Command command;
 };
 
+// Test names and parameters as a reader would say them (ctest lists the parameter too).
+void PrintTo(const Game& game, std::ostream* out) {
+    *out << game.name;
+}
+
+void PrintTo(const Case& c, std::ostream* out) {
+    *out << c.game.name << " " << CommandName(c.command);
+}
+
 std::string Identifier(std::string name) {
     name.erase(std::remove(name.begin(), name.end(), ' '), name.end());
     return name;

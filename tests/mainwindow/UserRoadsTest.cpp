@@ -287,7 +287,9 @@ TEST_F(UserRoads, AnotherOpterasRunStopsOptimizeAndRestoreBeforeAnyChange) {
         EXPECT_EQ(prompts.shown[0].icon, MessageIcon::Exclamation);
         EXPECT_EQ(Read("drive_c/Games/Sample/Bin/video.ini"),
                   optimize ? kVideo : "[Display]\r\nWidth=3840\r\n");
-        if (optimize) EXPECT_EQ(Read("user.reg"), user);
+        if (optimize) {
+            EXPECT_EQ(Read("user.reg"), user);
+        }
         // Once the other has finished, the same press goes through, holding the lock meanwhile.
         dialogs.confirmButtons = {"YesButton"};
         prompts.Answer(MessageAnswer::Yes);
