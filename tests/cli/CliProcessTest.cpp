@@ -144,9 +144,9 @@ TEST_F(Cli, ListsEveryClassAndSelectsAsTheWindowWould) {
         << howTo.out;
 }
 
+// What the files hold afterwards is checked on every file by the fault tests; here, what the
+// command line adds: the answers, the transcript, the messages and the exit codes.
 TEST_F(Cli, OptimizeAndRestoreAGame) {
-    const std::string video = ReadFile(game("Sample Racer/bin/video.ini"));
-    const std::string save = ReadFile(game("Sample Racer/saves/player1.cfg"));
     Ran details = Optera("details 'Sample Racer' --resolution 3840x1024");
     EXPECT_NE(details.out.find("\r\nDisplay,Width=3840\r\n"), std::string::npos) << details.out;
 
@@ -162,7 +162,6 @@ TEST_F(Cli, OptimizeAndRestoreAGame) {
     EXPECT_EQ(yes.code, 0) << yes.err;
     EXPECT_EQ(yes.out, "Game has been optimized\n");
     EXPECT_NE(ReadFile(game("Sample Racer/bin/video.ini")).find("Width=3840"), std::string::npos);
-    EXPECT_EQ(ReadFile(game("Sample Racer/bin/video.original")), video);
     EXPECT_TRUE(fs::exists(temp.path() / "Desktop" / "Sample Racer Widescape.desktop"));
     std::istringstream lines(ReadFile(transcript));
     std::string first;
@@ -180,8 +179,6 @@ TEST_F(Cli, OptimizeAndRestoreAGame) {
     Ran restore = Optera("--yes restore 'Sample Racer'");
     EXPECT_EQ(restore.code, 0);
     EXPECT_EQ(restore.out, "Game not optimized yet\n");
-    EXPECT_EQ(ReadFile(game("Sample Racer/bin/video.ini")), video);
-    EXPECT_EQ(ReadFile(game("Sample Racer/saves/player1.cfg")), save);
     EXPECT_FALSE(fs::exists(temp.path() / "Desktop" / "Sample Racer Widescape.desktop"));
 }
 

@@ -59,6 +59,13 @@ F Real(const char* name) {
     return reinterpret_cast<F>(::dlsym(RTLD_NEXT, name));
 }
 
+// The C library's own function of a name, looked up once where it is used.
+#define NEXT(name)                                               \
+    ([] {                                                        \
+        static const auto next = Real<decltype(&::name)>(#name); \
+        return next;                                             \
+    }())
+
 using OpenFn = int (*)(const char*, int, ...);
 using OpenAtFn = int (*)(int, const char*, int, ...);
 using WriteFn = ssize_t (*)(int, const void*, size_t);
@@ -248,21 +255,21 @@ mode_t ModeArgument(int flags, va_list args) {
 extern "C" {
 
 int open(const char* path, int flags, ...) {
-    static auto real = Real<OpenFn>("open");
     va_list args;
     va_start(args, flags);
     const mode_t mode = ModeArgument(flags, args);
     va_end(args);
-    return OpenCounted("open", AT_FDCWD, path, flags, [&] { return real(path, flags, mode); });
+    return OpenCounted("open", AT_FDCWD, path, flags,
+                       [&] { return NEXT(open)(path, flags, mode); });
 }
 
 int open64(const char* path, int flags, ...) {
-    static auto real = Real<OpenFn>("open64");
     va_list args;
     va_start(args, flags);
     const mode_t mode = ModeArgument(flags, args);
     va_end(args);
-    return OpenCounted("open", AT_FDCWD, path, flags, [&] { return real(path, flags, mode); });
+    return OpenCounted("open", AT_FDCWD, path, flags,
+                       [&] { return NEXT(open64)(path, flags, mode); });
 }
 
 int __open_2(const char* path, int flags) {
@@ -271,23 +278,21 @@ int __open_2(const char* path, int flags) {
 }
 
 int openat(int dirfd, const char* path, int flags, ...) {
-    static auto real = Real<OpenAtFn>("openat");
     va_list args;
     va_start(args, flags);
     const mode_t mode = ModeArgument(flags, args);
     va_end(args);
     return OpenCounted("openat", dirfd, path, flags,
-                       [&] { return real(dirfd, path, flags, mode); });
+                       [&] { return NEXT(openat)(dirfd, path, flags, mode); });
 }
 
 int openat64(int dirfd, const char* path, int flags, ...) {
-    static auto real = Real<OpenAtFn>("openat64");
     va_list args;
     va_start(args, flags);
     const mode_t mode = ModeArgument(flags, args);
     va_end(args);
     return OpenCounted("openat", dirfd, path, flags,
-                       [&] { return real(dirfd, path, flags, mode); });
+                       [&] { return NEXT(openat64)(dirfd, path, flags, mode); });
 }
 
 int __openat_2(int dirfd, const char* path, int flags) {
@@ -296,23 +301,20 @@ int __openat_2(int dirfd, const char* path, int flags) {
 }
 
 int creat(const char* path, mode_t mode) {
-    static auto real = Real<int (*)(const char*, mode_t)>("creat");
     return OpenCounted("creat", AT_FDCWD, path, O_CREAT | O_WRONLY | O_TRUNC,
-                       [&] { return real(path, mode); });
+                       [&] { return NEXT(creat)(path, mode); });
 }
 
 int creat64(const char* path, mode_t mode) {
-    static auto real = Real<int (*)(const char*, mode_t)>("creat64");
     return OpenCounted("creat", AT_FDCWD, path, O_CREAT | O_WRONLY | O_TRUNC,
-                       [&] { return real(path, mode); });
+                       [&] { return NEXT(creat64)(path, mode); });
 }
 
 // mkstemp opens inside libc, where the open above does not see it.
 int mkostemp(char* pattern, int flags) {
-    static auto real = Real<int (*)(char*, int)>("mkostemp");
     const bool below = BelowAt(AT_FDCWD, pattern);
     if (below && !Count("mkostemp", Absolute(AT_FDCWD, pattern), true)) return NoSpace();
-    const int fd = real(pattern, flags);
+    const int fd = NEXT(mkostemp)(pattern, flags);
     if (fd >= 0) Track(fd, below);
     return fd;
 }
@@ -322,14 +324,13 @@ int mkstemp(char* pattern) {
 }
 
 FILE* fopen(const char* path, const char* mode) {
-    static auto real = Real<FILE* (*)(const char*, const char*)>("fopen");
     const bool changes = mode && (strchr(mode, 'w') || strchr(mode, 'a') || strchr(mode, '+'));
     const bool below = BelowAt(AT_FDCWD, path);
     if (below && changes && !Count("fopen", Absolute(AT_FDCWD, path), !Exists(AT_FDCWD, path))) {
         errno = ENOSPC;
         return nullptr;
     }
-    FILE* file = real(path, mode);
+    FILE* file = NEXT(fopen)(path, mode);
     if (file) Track(fileno(file), below);
     return file;
 }
@@ -339,185 +340,159 @@ FILE* fopen64(const char* path, const char* mode) {
 }
 
 int close(int fd) {
-    static auto real = Real<CloseFn>("close");
     Track(fd, false);
-    return real(fd);
+    return NEXT(close)(fd);
 }
 
 ssize_t write(int fd, const void* buffer, size_t size) {
-    static auto real = Real<WriteFn>("write");
-    return WriteCounted("write", fd, size, [&] { return real(fd, buffer, size); });
+    return WriteCounted("write", fd, size, [&] { return NEXT(write)(fd, buffer, size); });
 }
 
 ssize_t pwrite(int fd, const void* buffer, size_t size, off_t offset) {
-    static auto real = Real<ssize_t (*)(int, const void*, size_t, off_t)>("pwrite");
-    return WriteCounted("pwrite", fd, size, [&] { return real(fd, buffer, size, offset); });
+    return WriteCounted("pwrite", fd, size, [&] { return NEXT(pwrite)(fd, buffer, size, offset); });
 }
 
 ssize_t pwrite64(int fd, const void* buffer, size_t size, off_t offset) {
-    static auto real = Real<ssize_t (*)(int, const void*, size_t, off_t)>("pwrite64");
-    return WriteCounted("pwrite", fd, size, [&] { return real(fd, buffer, size, offset); });
+    return WriteCounted("pwrite", fd, size,
+                        [&] { return NEXT(pwrite64)(fd, buffer, size, offset); });
 }
 
 ssize_t writev(int fd, const struct iovec* parts, int count) {
-    static auto real = Real<ssize_t (*)(int, const struct iovec*, int)>("writev");
     std::size_t size = 0;
     for (int i = 0; i < count; ++i) size += parts[i].iov_len;
-    return WriteCounted("writev", fd, size, [&] { return real(fd, parts, count); });
+    return WriteCounted("writev", fd, size, [&] { return NEXT(writev)(fd, parts, count); });
 }
 
 ssize_t sendfile(int to, int from, off_t* offset, size_t size) {
-    static auto real = Real<ssize_t (*)(int, int, off_t*, size_t)>("sendfile");
-    return WriteCounted("sendfile", to, size, [&] { return real(to, from, offset, size); });
+    return WriteCounted("sendfile", to, size,
+                        [&] { return NEXT(sendfile)(to, from, offset, size); });
 }
 
 ssize_t copy_file_range(int from, off_t* fromOffset, int to, off_t* toOffset, size_t size,
                         unsigned int flags) {
-    static auto real =
-        Real<ssize_t (*)(int, off_t*, int, off_t*, size_t, unsigned int)>("copy_file_range");
-    return WriteCounted("copy_file_range", to, size,
-                        [&] { return real(from, fromOffset, to, toOffset, size, flags); });
+    return WriteCounted("copy_file_range", to, size, [&] {
+        return NEXT(copy_file_range)(from, fromOffset, to, toOffset, size, flags);
+    });
 }
 
 int fsync(int fd) {
-    static auto real = Real<int (*)(int)>("fsync");
     const bool skip = Tracked(fd) && Config().noSync;
-    return FdChange("fsync", fd, [&] { return skip ? 0 : real(fd); });
+    return FdChange("fsync", fd, [&] { return skip ? 0 : NEXT(fsync)(fd); });
 }
 
 int fdatasync(int fd) {
-    static auto real = Real<int (*)(int)>("fdatasync");
     const bool skip = Tracked(fd) && Config().noSync;
-    return FdChange("fdatasync", fd, [&] { return skip ? 0 : real(fd); });
+    return FdChange("fdatasync", fd, [&] { return skip ? 0 : NEXT(fdatasync)(fd); });
 }
 
 int ftruncate(int fd, off_t length) {
-    static auto real = Real<int (*)(int, off_t)>("ftruncate");
-    return FdChange("ftruncate", fd, [&] { return real(fd, length); });
+    return FdChange("ftruncate", fd, [&] { return NEXT(ftruncate)(fd, length); });
 }
 
 int ftruncate64(int fd, off_t length) {
-    static auto real = Real<int (*)(int, off_t)>("ftruncate64");
-    return FdChange("ftruncate", fd, [&] { return real(fd, length); });
+    return FdChange("ftruncate", fd, [&] { return NEXT(ftruncate64)(fd, length); });
 }
 
 int fallocate(int fd, int mode, off_t offset, off_t length) {
-    static auto real = Real<int (*)(int, int, off_t, off_t)>("fallocate");
     if (Tracked(fd) && !Count("fallocate", FdName(fd), true)) return NoSpace();
-    return real(fd, mode, offset, length);
+    return NEXT(fallocate)(fd, mode, offset, length);
 }
 
 int fchmod(int fd, mode_t mode) {
-    static auto real = Real<int (*)(int, mode_t)>("fchmod");
-    return FdChange("fchmod", fd, [&] { return real(fd, mode); });
+    return FdChange("fchmod", fd, [&] { return NEXT(fchmod)(fd, mode); });
 }
 
 int fchown(int fd, uid_t uid, gid_t gid) {
-    static auto real = Real<int (*)(int, uid_t, gid_t)>("fchown");
-    return FdChange("fchown", fd, [&] { return real(fd, uid, gid); });
+    return FdChange("fchown", fd, [&] { return NEXT(fchown)(fd, uid, gid); });
 }
 
 int chmod(const char* path, mode_t mode) {
-    static auto real = Real<int (*)(const char*, mode_t)>("chmod");
-    return PathChange("chmod", AT_FDCWD, path, false, [&] { return real(path, mode); });
+    return PathChange("chmod", AT_FDCWD, path, false, [&] { return NEXT(chmod)(path, mode); });
 }
 
 int fchmodat(int dirfd, const char* path, mode_t mode, int flags) {
-    static auto real = Real<int (*)(int, const char*, mode_t, int)>("fchmodat");
     return PathChange("fchmodat", dirfd, path, false,
-                      [&] { return real(dirfd, path, mode, flags); });
+                      [&] { return NEXT(fchmodat)(dirfd, path, mode, flags); });
 }
 
 int chown(const char* path, uid_t uid, gid_t gid) {
-    static auto real = Real<int (*)(const char*, uid_t, gid_t)>("chown");
-    return PathChange("chown", AT_FDCWD, path, false, [&] { return real(path, uid, gid); });
+    return PathChange("chown", AT_FDCWD, path, false, [&] { return NEXT(chown)(path, uid, gid); });
 }
 
 int lchown(const char* path, uid_t uid, gid_t gid) {
-    static auto real = Real<int (*)(const char*, uid_t, gid_t)>("lchown");
-    return PathChange("lchown", AT_FDCWD, path, false, [&] { return real(path, uid, gid); });
+    return PathChange("lchown", AT_FDCWD, path, false,
+                      [&] { return NEXT(lchown)(path, uid, gid); });
 }
 
 int fchownat(int dirfd, const char* path, uid_t uid, gid_t gid, int flags) {
-    static auto real = Real<int (*)(int, const char*, uid_t, gid_t, int)>("fchownat");
     return PathChange("fchownat", dirfd, path, false,
-                      [&] { return real(dirfd, path, uid, gid, flags); });
+                      [&] { return NEXT(fchownat)(dirfd, path, uid, gid, flags); });
 }
 
 int truncate(const char* path, off_t length) {
-    static auto real = Real<int (*)(const char*, off_t)>("truncate");
-    return PathChange("truncate", AT_FDCWD, path, false, [&] { return real(path, length); });
+    return PathChange("truncate", AT_FDCWD, path, false,
+                      [&] { return NEXT(truncate)(path, length); });
 }
 
 int rename(const char* from, const char* to) {
-    static auto real = Real<int (*)(const char*, const char*)>("rename");
-    return RenameCounted("rename", AT_FDCWD, from, AT_FDCWD, to, [&] { return real(from, to); });
+    return RenameCounted("rename", AT_FDCWD, from, AT_FDCWD, to,
+                         [&] { return NEXT(rename)(from, to); });
 }
 
 int renameat(int fromFd, const char* from, int toFd, const char* to) {
-    static auto real = Real<int (*)(int, const char*, int, const char*)>("renameat");
     return RenameCounted("renameat", fromFd, from, toFd, to,
-                         [&] { return real(fromFd, from, toFd, to); });
+                         [&] { return NEXT(renameat)(fromFd, from, toFd, to); });
 }
 
 int renameat2(int fromFd, const char* from, int toFd, const char* to, unsigned int flags) {
-    static auto real = Real<int (*)(int, const char*, int, const char*, unsigned int)>("renameat2");
     return RenameCounted("renameat2", fromFd, from, toFd, to,
-                         [&] { return real(fromFd, from, toFd, to, flags); });
+                         [&] { return NEXT(renameat2)(fromFd, from, toFd, to, flags); });
 }
 
 int unlink(const char* path) {
-    static auto real = Real<int (*)(const char*)>("unlink");
-    return PathChange("unlink", AT_FDCWD, path, false, [&] { return real(path); });
+    return PathChange("unlink", AT_FDCWD, path, false, [&] { return NEXT(unlink)(path); });
 }
 
 int unlinkat(int dirfd, const char* path, int flags) {
-    static auto real = Real<int (*)(int, const char*, int)>("unlinkat");
-    return PathChange("unlinkat", dirfd, path, false, [&] { return real(dirfd, path, flags); });
+    return PathChange("unlinkat", dirfd, path, false,
+                      [&] { return NEXT(unlinkat)(dirfd, path, flags); });
 }
 
 // remove() unlinks inside libc, where unlink above does not see it.
 int remove(const char* path) {
-    static auto real = Real<int (*)(const char*)>("remove");
-    return PathChange("remove", AT_FDCWD, path, false, [&] { return real(path); });
+    return PathChange("remove", AT_FDCWD, path, false, [&] { return NEXT(remove)(path); });
 }
 
 int rmdir(const char* path) {
-    static auto real = Real<int (*)(const char*)>("rmdir");
-    return PathChange("rmdir", AT_FDCWD, path, false, [&] { return real(path); });
+    return PathChange("rmdir", AT_FDCWD, path, false, [&] { return NEXT(rmdir)(path); });
 }
 
 int mkdir(const char* path, mode_t mode) {
-    static auto real = Real<int (*)(const char*, mode_t)>("mkdir");
     return PathChange("mkdir", AT_FDCWD, path, !Exists(AT_FDCWD, path),
-                      [&] { return real(path, mode); });
+                      [&] { return NEXT(mkdir)(path, mode); });
 }
 
 int mkdirat(int dirfd, const char* path, mode_t mode) {
-    static auto real = Real<int (*)(int, const char*, mode_t)>("mkdirat");
     return PathChange("mkdirat", dirfd, path, !Exists(dirfd, path),
-                      [&] { return real(dirfd, path, mode); });
+                      [&] { return NEXT(mkdirat)(dirfd, path, mode); });
 }
 
 int link(const char* from, const char* to) {
-    static auto real = Real<int (*)(const char*, const char*)>("link");
-    return PathChange("link", AT_FDCWD, to, true, [&] { return real(from, to); });
+    return PathChange("link", AT_FDCWD, to, true, [&] { return NEXT(link)(from, to); });
 }
 
 int linkat(int fromFd, const char* from, int toFd, const char* to, int flags) {
-    static auto real = Real<int (*)(int, const char*, int, const char*, int)>("linkat");
     return PathChange("linkat", toFd, to, true,
-                      [&] { return real(fromFd, from, toFd, to, flags); });
+                      [&] { return NEXT(linkat)(fromFd, from, toFd, to, flags); });
 }
 
 int symlink(const char* target, const char* path) {
-    static auto real = Real<int (*)(const char*, const char*)>("symlink");
-    return PathChange("symlink", AT_FDCWD, path, true, [&] { return real(target, path); });
+    return PathChange("symlink", AT_FDCWD, path, true, [&] { return NEXT(symlink)(target, path); });
 }
 
 int symlinkat(const char* target, int dirfd, const char* path) {
-    static auto real = Real<int (*)(const char*, int, const char*)>("symlinkat");
-    return PathChange("symlinkat", dirfd, path, true, [&] { return real(target, dirfd, path); });
+    return PathChange("symlinkat", dirfd, path, true,
+                      [&] { return NEXT(symlinkat)(target, dirfd, path); });
 }
 
 }  // extern "C"

@@ -163,9 +163,10 @@ bool IsHive(const fs::path& relative) {
     return AtPrefixTop(relative) && hives.count(relative.filename().string()) > 0;
 }
 
+// The bytes in full, in printable characters: a snapshot compares every byte.
 std::string Printable(const std::string& bytes) {
     std::string text;
-    for (unsigned char c : bytes.substr(0, 400)) {
+    for (unsigned char c : bytes) {
         if (c == '\n') {
             text += "\\n";
         } else if (c < 32 || c > 126) {
@@ -176,7 +177,11 @@ std::string Printable(const std::string& bytes) {
             text += static_cast<char>(c);
         }
     }
-    return bytes.size() > 400 ? text + "..." : text;
+    return text;
+}
+
+std::string Shortened(const std::string& entry) {
+    return entry.size() > 600 ? entry.substr(0, 600) + "..." : entry;
 }
 
 // Every entry below a folder as a user would check it: kind, mode, owner, and the bytes of a
@@ -218,10 +223,11 @@ std::string Differences(const Snapshot& before, const Snapshot& after) {
         if (now == after.end())
             text += "  lost:    " + path + "\n";
         else if (now->second != was)
-            text += "  changed: " + path + "\n    was: " + was + "\n    now: " + now->second + "\n";
+            text += "  changed: " + path + "\n    was: " + Shortened(was) +
+                    "\n    now: " + Shortened(now->second) + "\n";
     }
     for (const auto& [path, now] : after)
-        if (!before.count(path)) text += "  left:    " + path + " (" + now + ")\n";
+        if (!before.count(path)) text += "  left:    " + path + " (" + Shortened(now) + ")\n";
     return text;
 }
 
@@ -355,23 +361,13 @@ class World {
         return {calls, space};
     }
 
-    // The line of the count run's log for call `k`.
-    std::string LoggedCall(const std::string& log, long k) const {
-        std::istringstream lines(log);
-        std::string line;
-        const std::string number = std::to_string(k) + " ";
-        while (std::getline(lines, line))
-            if (line.rfind(number, 0) == 0) return line;
-        return "(call " + std::to_string(k) + " not in the log)";
-    }
-
-    // The line of the count run's log for the k-th call that needs space.
-    std::string LoggedSpaceCall(const std::string& log, long k) const {
+    // The line of the count run's log for call `k`, or for the k-th call that needs space.
+    static std::string LoggedCall(const std::string& log, long k, bool space = false) {
         std::istringstream lines(log);
         std::string line;
         for (long seen = 0; std::getline(lines, line);)
-            if (line.compare(line.find(' '), 2, " +") == 0 && ++seen == k) return line;
-        return "(write " + std::to_string(k) + " not in the log)";
+            if ((!space || line.compare(line.find(' '), 2, " +") == 0) && ++seen == k) return line;
+        return "(call " + std::to_string(k) + " not in the log)";
     }
 
   private:
@@ -415,9 +411,9 @@ struct Verdict {
             if (IsTemporary(fs::path(path).filename().string())) continue;
             const std::string was = at(before, path), whole = at(after, path), is = at(now, path);
             if (is != was && is != whole)
-                half += "  " + path + "\n    before the run: " + was +
-                        "\n    after a whole run: " + whole + "\n    where it stopped: " + is +
-                        "\n";
+                half += "  " + path + "\n    before the run: " + Shortened(was) +
+                        "\n    after a whole run: " + Shortened(whole) +
+                        "\n    where it stopped: " + Shortened(is) + "\n";
         }
         if (!half.empty()) Fault("half-done where the run stopped", half);
     }
@@ -468,6 +464,7 @@ struct Case {
     Command command;
 };
 
+// Test names and parameters as a reader would say them (ctest lists the parameter too).
 void PrintTo(const Game& game, std::ostream* out) {
     *out << game.name;
 }
@@ -594,7 +591,7 @@ TEST_P(FullDisk, OptimizeReportsItAndRestoreGivesEverythingBack) {
         verdict.Finished("Optimize on a disk with room", again);
         verdict.Finished("Restore after it", restoredAgain);
         verdict.SameAsStart("Optimize and Restore", start, TakeSnapshot(world.root()));
-        failures.Add(k, world.LoggedSpaceCall(log, k), verdict,
+        failures.Add(k, world.LoggedCall(log, k, true), verdict,
                      "--- the run on a full disk: " + full.Describe() +
                          "--- Restore: " + restored.Describe());
     }

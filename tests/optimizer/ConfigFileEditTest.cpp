@@ -5,8 +5,6 @@
 #include "optimizer/TextEdits.h"
 #include "platform/fake/FakeFileSystem.h"
 #include "platform/fake/ScriptedPrompts.h"
-#include "platform/wine/WineFileSystem.h"
-#include "support/TempFolder.h"
 
 using namespace optera;
 using optimizer::Lines;
@@ -102,34 +100,6 @@ TEST_F(ConfigFileEdit, AFileThatCannotBeReadOrReplacedStaysAsItWas) {
         EXPECT_EQ(fresh.Attributes(path), marks) << row.failure;
         EXPECT_EQ(fresh.List("C:\\Games\\Sample")->size(), 1u) << row.failure;
     }
-}
-
-TEST(ConfigFileEditOnDisk, AReadOnlyFileIsReplacedAndComesOutWritable) {
-    optera::testing::TempFolder root;
-    std::filesystem::create_directories(root.path() / "dosdevices");
-    std::filesystem::create_directory_symlink("../drive_c", root.path() / "dosdevices/c:");
-    auto cfg = root.Write("drive_c/Game/settings.cfg", "w=800\nh=600\n");
-    root.Write("drive_c/Game/other.txt", "other");
-    std::filesystem::permissions(cfg, std::filesystem::perms::owner_read |
-                                          std::filesystem::perms::group_read |
-                                          std::filesystem::perms::others_read);
-
-    platform::WineFileSystem files(root.path());
-    platform::ScriptedPrompts prompts;
-    ASSERT_EQ(*files.Attributes("C:\\game\\SETTINGS.cfg") & platform::attr::ReadOnly,
-              platform::attr::ReadOnly);
-    EXPECT_EQ(
-        optimizer::ModifyConfigFile({files, prompts}, "C:\\game\\SETTINGS.cfg", {"w=1024"}).failure,
-        "");
-
-    EXPECT_EQ(root.Read("drive_c/Game/settings.cfg"), "w=1024\nh=600\n");
-    EXPECT_EQ(*files.Attributes("C:\\Game\\settings.cfg") & platform::attr::ReadOnly, 0u);
-    std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(root.path() / "drive_c/Game"))
-        names.push_back(entry.path().filename().string());
-    std::sort(names.begin(), names.end());
-    EXPECT_EQ(names, (std::vector<std::string>{"other.txt", "settings.cfg"}));
-    EXPECT_EQ(root.Read("drive_c/Game/other.txt"), "other");
 }
 
 TEST(ReadFileLines, KeepsLineEndsInsideTheLines) {

@@ -17,20 +17,11 @@ class Details : public ::testing::Test, public optera::testing::FakeOptimizer {
         fake.specialFolders.folders[platform::csidl::Desktop] = "C:\\users\\me\\Desktop";
         fake.specialFolders.folders[platform::csidl::CommonDesktopDirectory] =
             "C:\\users\\Public\\Desktop";
-        fake.files.PutFile("C:\\Optera\\MODS\\Game.txt", "[GAMERES]\r\nRES=1024x768\r\n");
-        fake.files.PutFile("C:\\Game\\game.exe", "MZ");
-        game.Name = "Game";
-        game.GameExe = "game.exe";
-        game.GameLoc = "C:\\Game";
+        SetUpGame();
         gui.CurrentGameText = "  Game  ";
-        gui.BtnImageBox(1).SetEnabled(false);
     }
     void Entry(const std::string& path, std::vector<std::string> lines) {
         game.CfgFiles.push_back({path, "SINGLE", std::move(lines)});
-    }
-    void Optimize() {
-        optimizer.ProceedFlag = true;
-        optimizer.RunOptimization();
     }
     bool ReadOnly(std::string_view path) {
         return (fake.files.Attributes(path).value_or(0) & attr::ReadOnly) != 0;
@@ -41,7 +32,6 @@ TEST_F(Details, ReadOnlyMarksGoWithTheEditUnlessTheRecipeForcesThem) {
     fake.files.PutFile("C:\\Game\\locked.cfg", "x\r\n");
     fake.files.SetAttributes("C:\\Game\\locked.cfg", attr::ReadOnly);
     Entry("C:\\Game\\locked.cfg", {"1=y"});
-    prompts.Answer(MessageAnswer::No);
     Optimize();
     EXPECT_EQ(fake.files.ReadAll("C:\\Game\\locked.cfg"), "y\r\n");
     EXPECT_FALSE(ReadOnly("C:\\Game\\locked.cfg"));
@@ -49,7 +39,6 @@ TEST_F(Details, ReadOnlyMarksGoWithTheEditUnlessTheRecipeForcesThem) {
     game.ForceModFilesToReadOnly = true;
     game.CfgFiles[0].Lines = {"1=z"};
     for (int run = 0; run < 2; ++run) {
-        prompts.Answer(MessageAnswer::No);
         Optimize();
         EXPECT_EQ(fake.files.ReadAll("C:\\Game\\locked.cfg"), "z\r\n") << run;
         EXPECT_TRUE(ReadOnly("C:\\Game\\locked.cfg")) << run;
@@ -57,8 +46,7 @@ TEST_F(Details, ReadOnlyMarksGoWithTheEditUnlessTheRecipeForcesThem) {
 
     // The restore puts a read-only copy back and leaves no mark.
     fake.files.SetAttributes("C:\\Game\\locked.original", attr::ReadOnly);
-    prompts.Answer(MessageAnswer::Yes);
-    optimizer.RestoreOriginals();
+    Restore();
     EXPECT_EQ(fake.files.ReadAll("C:\\Game\\locked.cfg"), "x\r\n");
     EXPECT_FALSE(ReadOnly("C:\\Game\\locked.cfg"));
     EXPECT_FALSE(platform::FileExists(fake.files, "C:\\Game\\locked.original"));

@@ -14,7 +14,6 @@
 #include "support/FakeOptimizer.h"
 
 using namespace optera;
-using platform::MessageAnswer;
 namespace hkey = platform::hkey;
 
 namespace {
@@ -25,45 +24,21 @@ constexpr char kBackup[] = "C:\\Game\\Kelvan_Game_0.reg";
 // A game whose recipe sets a value that exists and one that does not, below its key.
 struct GameSetup : optera::testing::FakeOptimizer {
     GameSetup() {
+        SetUpGame();
         fake.environment.variables["SystemDrive"] = "C:";
-        fake.files.PutFile("C:\\Optera\\MODS\\Game.txt", "[GAMERES]\r\nRES=1024x768\r\n");
-        fake.files.PutFile("C:\\Game\\game.exe", "MZ");
-        fake.registry.PutKey(hkey::CurrentUser, "Software\\Game");
-        game.Name = "Game";
-        game.GameExe = "game.exe";
-        game.GameLoc = "C:\\Game";
+        fake.registry.PutKey(hkey::CurrentUser, "Software\\Game\\Video");
         game.Registry = {std::string(kKey) + ",Mode,wide,REG_SZ",
                          std::string(kKey) + "\\Video,Width,3840,REG_DWORD"};
-        fake.registry.PutKey(hkey::CurrentUser, "Software\\Game\\Video");
         registry.SetStringValue(kKey, "Mode", "narrow");
-    }
-    void Optimize() {
-        prompts.Answer(MessageAnswer::No);  // no desktop shortcut
-        optimizer.ProceedFlag = true;
-        optimizer.RunOptimization();
-    }
-    void Restore() {
-        prompts.Answer(MessageAnswer::Yes);
-        optimizer.RestoreOriginals();
     }
     std::optional<platform::FakeKeyStore::StoredValue> Value(const char* path, const char* name) {
         return fake.registry.Value(hkey::CurrentUser, path, name);
-    }
-    // The report's lines, "what: why", in order.
-    std::vector<std::string> Reported() {
-        std::vector<std::string> lines;
-        for (const optimizer::Shortfall& item : optimizer.LastReport().items())
-            lines.push_back(item.what + ": " + item.why);
-        return lines;
     }
 };
 
 class RegistryBackup : public ::testing::Test, public GameSetup {};
 
 using Stored = platform::FakeKeyStore::StoredValue;
-std::string Sz(std::string_view text) {
-    return std::string(text) + '\0';
-}
 const Stored kNarrow{platform::regtype::Sz, std::string("narrow\0", 7)};
 const Stored kWide{platform::regtype::Sz, std::string("wide\0", 5)};
 const Stored kWidth{platform::regtype::Dword, std::string("\x00\x0f\0\0", 4)};
@@ -159,9 +134,11 @@ TEST_F(RegistryBackup, ValuesOfThe32BitViewComeBackThere) {
     };
     ASSERT_EQ(mode(View::Wow32, "Mode"), kWide);
     Restore();
-    EXPECT_EQ(mode(View::Wow32, "Mode"), (Stored{platform::regtype::Sz, Sz("32-bit")}));
+    EXPECT_EQ(mode(View::Wow32, "Mode"),
+              (Stored{platform::regtype::Sz, std::string("32-bit\0", 7)}));
     EXPECT_EQ(mode(View::Wow32, "Made"), std::nullopt);
-    EXPECT_EQ(mode(View::Plain, "Mode"), (Stored{platform::regtype::Sz, Sz("64-bit")}));
+    EXPECT_EQ(mode(View::Plain, "Mode"),
+              (Stored{platform::regtype::Sz, std::string("64-bit\0", 7)}));
     EXPECT_EQ(mode(View::Plain, "Made"), std::nullopt);
     EXPECT_FALSE(platform::FileExists(fake.files, kBackup));
 }

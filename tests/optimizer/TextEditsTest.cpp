@@ -27,12 +27,6 @@ TEST(ApplyLineNumber, ReplacesByNumberKeepingTheIndent) {
     EXPECT_EQ(file[6], "b\r\n");
 }
 
-TEST(ApplyLineNumber, WithoutAMajorityLineEndTheNextLineJoins) {
-    Lines file{"one\r\n", "two\n", "three"};
-    ApplyLineNumber(file, {"1=ONE"}, "");
-    EXPECT_EQ(file[0] + file[1], "ONEtwo\n");
-}
-
 TEST(ApplyString, ReplacesTheRestOfEveryLineThatHoldsTheKey) {
     Lines file{"// Resolution of the screen\n", "Res=800x600\n", "res=lower case\n", "Other=1"};
     ApplyString(file, {"Res=1024x768", "New=5", "Other=2", "Broken"}, "\n");
@@ -44,9 +38,6 @@ TEST(ApplyString, AddedKeysJoinALastLineWithoutLineEnd) {
     Lines file{"a b\n", "c d"};
     ApplyString(file, {"width=1024", "height=768"}, "\n");
     EXPECT_EQ(file, (Lines{"a b\n", "c d", "width 1024\n", "height 768\n"}));
-    std::string bytes;
-    for (const auto& line : file) bytes += line;
-    EXPECT_EQ(bytes, "a b\nc dwidth 1024\nheight 768\n");
 }
 
 TEST(ApplyStringInsert, ReplacesBetweenKeyAndEndText) {

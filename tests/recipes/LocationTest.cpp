@@ -46,6 +46,9 @@ TEST(LocateFile, FindsAFileAtItsPlaceOrTheFirstBelowItDepthFirst) {
     files.PutFile("C:\\G\\a\\x\\deep\\game.exe", "");
     files.PutFile("C:\\G\\b\\game.exe", "");
     files.PutFile("C:\\G\\top.exe", "");
+    files.PutFile("C:\\H\\sub\\hidden.exe", "");
+    files.SetAttributes("C:\\H\\sub\\hidden.exe",
+                        platform::attr::Hidden | platform::attr::ReadOnly);
 
     EXPECT_EQ(Located(files, "C:\\G\\top.exe"), "C:\\G\\top.exe");
     EXPECT_EQ(Located(files, "C:\\G\\TOP.EXE"), "C:\\G\\TOP.EXE") << "found in place, unchanged";
@@ -55,6 +58,10 @@ TEST(LocateFile, FindsAFileAtItsPlaceOrTheFirstBelowItDepthFirst) {
     EXPECT_EQ(Located(files, "C:\\G\\missing.exe"), "not found");
     EXPECT_EQ(Located(files, "C:\\Nowhere\\game.exe"), "not found");
     EXPECT_EQ(Located(files, "C:\\G\\a"), "not found") << "a folder is not a file";
+    EXPECT_EQ(Located(files, "C:\\H\\hidden.exe"), "C:\\H\\sub\\hidden.exe")
+        << "marks do not count";
+    EXPECT_EQ(Located(files, "G\\game.exe"), "not found") << "only rooted paths are walked";
+    EXPECT_EQ(Located(files, "game.exe"), "not found");
 }
 
 TEST(LocateFile, PatternsMatchInPlaceOrMoveIntoTheSubfolderThatHoldsAMatch) {
@@ -65,20 +72,6 @@ TEST(LocateFile, PatternsMatchInPlaceOrMoveIntoTheSubfolderThatHoldsAMatch) {
     EXPECT_EQ(Located(files, "C:\\G\\*.cfg"), "C:\\G\\saves\\*.cfg");
     EXPECT_EQ(Located(files, "C:\\G\\*.ini"), "not found");
     EXPECT_EQ(Located(files, "C:\\G\\saves\\"), "C:\\G\\saves\\") << "an empty name is any file";
-}
-
-TEST(LocateFile, OnlyRootedPathsAreWalked) {
-    platform::FakeFileSystem files;
-    files.PutFile("C:\\G\\sub\\game.exe", "");
-    EXPECT_EQ(Located(files, "G\\game.exe"), "not found");
-    EXPECT_EQ(Located(files, "game.exe"), "not found");
-}
-
-TEST(LocateFile, HiddenAndReadOnlyFilesCount) {
-    platform::FakeFileSystem files;
-    files.PutFile("C:\\G\\sub\\game.exe", "");
-    files.SetAttributes("C:\\G\\sub\\game.exe", platform::attr::Hidden | platform::attr::ReadOnly);
-    EXPECT_EQ(Located(files, "C:\\G\\game.exe"), "C:\\G\\sub\\game.exe");
 }
 
 // The walk as a directory search with one shared cursor does it: after each subfolder that gave
@@ -171,10 +164,6 @@ TEST(NormalizeFolder, GivesAFolderWithATrailingBackslash) {
     EXPECT_EQ(NormalizeFolder(files, "C:\\Games\\Foo\\*.pak", ""), "C:\\Games\\Foo\\");
     EXPECT_EQ(NormalizeFolder(files, "C:\\Games\\Foo.Bar", ""), "C:\\Games\\Foo.Bar\\")
         << "a point that names no file stays";
-}
-
-TEST(StripQuotes, DropsEveryDoubleQuote) {
-    EXPECT_EQ(recipes::StripQuotes("\"C:\\a b\\x.exe\" -w \"1\""), "C:\\a b\\x.exe -w 1");
 }
 
 class GameLoc : public ::testing::Test {

@@ -35,22 +35,23 @@ TEST(ProfileDocument, ReadsEntriesAsTheProfileFunctionsGiveThem) {
     EXPECT_EQ(doc.Value("gameinfo", "gameexe"), "sample.exe");
     EXPECT_FALSE(doc.SectionEntries("missing"));
     EXPECT_FALSE(doc.Value("GameInfo", "missing"));
-}
 
-TEST(ProfileDocument, EveryKindOfLineEndSeparatesLines) {
-    ProfileDocument doc = ProfileDocument::Parse("[a]\rk=1\r[b]\nk=2\r\n[c]\r\nk=3");
-    EXPECT_EQ(doc.SectionNames(), (Lines{"a", "b", "c"}));
-    EXPECT_EQ(doc.Value("a", "k"), "1");
-    EXPECT_EQ(doc.Value("c", "k"), "3");
+    ProfileDocument ends = ProfileDocument::Parse("[a]\rk=1\r[b]\nk=2\r\n[c]\r\nk=3");
+    EXPECT_EQ(ends.SectionNames(), (Lines{"a", "b", "c"})) << "every kind of line end";
+    EXPECT_EQ(ends.Value("a", "k"), "1");
+    EXPECT_EQ(ends.Value("c", "k"), "3");
 }
 
 TEST(ProfileDocument, ChangingAValueLeavesEveryOtherByte) {
     const std::string before =
-        "; comment\r\n[Display]\r\n  Width = 800\r\nHeight=600\n\n[Sound]\rVolume=3\r";
+        "; comment\r\n[Display]\r\n  Width = "
+        "800\r\nHeight=600\n\n[Sound]\rVolume=3\r";
     EXPECT_EQ(SetAndSerialize(before, "display", "WIDTH", "1024"),
-              "; comment\r\n[Display]\r\n  Width = 1024\r\nHeight=600\n\n[Sound]\rVolume=3\r");
+              "; comment\r\n[Display]\r\n  Width = "
+              "1024\r\nHeight=600\n\n[Sound]\rVolume=3\r");
     EXPECT_EQ(SetAndSerialize(before, "Sound", "Volume", ""),
-              "; comment\r\n[Display]\r\n  Width = 800\r\nHeight=600\n\n[Sound]\rVolume=\r");
+              "; comment\r\n[Display]\r\n  Width = "
+              "800\r\nHeight=600\n\n[Sound]\rVolume=\r");
 }
 
 TEST(ProfileDocument, NewKeysAndSectionsAreAddedWhereTheyBelong) {
@@ -86,8 +87,9 @@ TEST(ProfileDocument, ArbitraryBytesSurviveARoundTrip) {
     EXPECT_EQ(doc.Serialize().substr(0, bytes.size()), bytes);
 }
 
-// A NUL byte counts as a blank, as it does for the system's profile functions: a file ending in
-// one (a game that writes its buffer whole) reads as if it were not there.
+// A NUL byte counts as a blank, as it does for the system's profile functions:
+// a file ending in one (a game that writes its buffer whole) reads as if it
+// were not there.
 TEST(ProfileDocument, NulBytesAreBlanks) {
     using namespace std::string_literals;
     ProfileDocument ending = ProfileDocument::Parse("[a]\r\nk=1\r\n\0\0"s);
