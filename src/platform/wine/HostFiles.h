@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include <dirent.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace optera::platform {
@@ -59,8 +60,10 @@ bool CopyFully(int from, int to);
 // Makes a change to a folder's entries (a rename, a new file) outlast a crash.
 void SyncFolder(const std::filesystem::path& folder);
 // The whole content of a regular file; nullopt when it is missing, not a regular file or
-// unreadable, with the reason in `error` when given.
-std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error = nullptr);
+// unreadable, with the reason in `error` when given. `status`, when given, gets the status of
+// the file opened, taken before its content is read.
+std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error = nullptr,
+                                        struct stat* status = nullptr);
 // Replaces a file so that a crash leaves the old or the new content (see HostReplace.h): a
 // trusted link is edited at its target and stays a link; the file keeps its mode and owner
 // unless `mode` is given.
