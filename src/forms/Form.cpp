@@ -16,7 +16,7 @@ Control& Form::Add(std::string kind, std::string name, std::optional<int> index)
 
 Control* Form::Find(std::string_view name, std::optional<int> index) {
     for (Control& control : controls_)
-        if (text::EqualsNoCase(control.Name(), name) && control.Index() == index) return &control;
+        if (control.Index() == index && text::EqualsNoCase(control.Name(), name)) return &control;
     return nullptr;
 }
 

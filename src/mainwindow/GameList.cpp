@@ -44,6 +44,9 @@ void MainWindowLogic::FillGameList() {
     std::vector<std::string> names = recipes::ListMatchingFiles(
         services_.machine.files, platform::JoinPath(services_.programFolder, "MODS\\*.txt"));
     SortRecipeNames(names, ".txt");
+    // One look at the registry serves the whole list, and one at each recipe serves its reads.
+    platform::HeldReads heldRegistry(services_.machine.registry);
+    services::HeldProfileReads heldRecipes(services_.profile);
     std::int16_t count = 0;
     for (const std::string& name : names) {
         state_.CurrentGame = reader_.ReadRecipe(name);

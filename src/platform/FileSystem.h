@@ -81,6 +81,15 @@ class FileSystem {
         return std::nullopt;
     }
 
+    // ReadAll, and the file's stamp as Stamp gives it, taken before the content was read (so
+    // that a change during the read shows at the next stamp). The default asks for the two
+    // one after the other; a file system may take both from one opening of the file.
+    virtual std::optional<std::string> ReadStamped(std::string_view path,
+                                                   std::optional<FileStamp>& stamp) const {
+        stamp = Stamp(path);
+        return ReadAll(path);
+    }
+
     // The drives of the machine in letter order.
     virtual std::vector<DriveInfo> Drives() const = 0;
 

@@ -156,6 +156,25 @@ class KeyStore {
     // Why the store cannot be written now, in words for the user ("Wine is running in this
     // prefix…"); empty when it can. Reading is always allowed.
     virtual std::string WhyNotWritable() const { return {}; }
+
+    // From HoldReads to the matching ReleaseReads (they nest) the questions may all be answered
+    // from one look at the store, taken at the first of them: a list of ten thousand games asks
+    // ten thousand questions, and each would otherwise look at the store's files again. A
+    // change is never made on that look: it looks anew first, and later questions see it.
+    virtual void HoldReads() {}
+    virtual void ReleaseReads() {}
+};
+
+// Holds the reads of a key store (see KeyStore::HoldReads) for as long as it lives.
+class HeldReads {
+  public:
+    explicit HeldReads(KeyStore& store) : store_(store) { store_.HoldReads(); }
+    ~HeldReads() { store_.ReleaseReads(); }
+    HeldReads(const HeldReads&) = delete;
+    HeldReads& operator=(const HeldReads&) = delete;
+
+  private:
+    KeyStore& store_;
 };
 
 }  // namespace optera::platform

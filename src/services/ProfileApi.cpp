@@ -51,24 +51,56 @@ std::string_view WithoutQuotes(std::string_view value) {
 }  // namespace
 
 std::shared_ptr<const LoadedProfile> ProfileApi::Load(std::string_view path) const {
+    unsigned look = 0;
+    {
+        std::lock_guard lock(keptLock_);
+        if (heldReads_ > 0) {
+            look = look_;
+            for (const Kept& kept : kept_)
+                if (kept.path == path && kept.look == look) return kept.profile;
+        }
+    }
+    bool known = false;
+    {
+        std::lock_guard lock(keptLock_);
+        known = std::any_of(kept_.begin(), kept_.end(),
+                            [&](const Kept& kept) { return kept.path == path; });
+    }
+    if (known) {
+        if (const std::optional<platform::FileStamp> now = files_.Stamp(path);
+            now && now->settled) {
+            std::lock_guard lock(keptLock_);
+            for (Kept& kept : kept_) {
+                if (kept.path != path || kept.stamp != *now) continue;
+                kept.look = look;
+                return kept.profile;
+            }
+        }
+    }
     // The stamp is taken before the read: a change in between leaves a newer content under an
     // older stamp, which the next stamp tells apart.
-    const std::optional<platform::FileStamp> stamp = files_.Stamp(path);
+    std::optional<platform::FileStamp> stamp;
+    auto bytes = files_.ReadStamped(path, stamp);
     const bool keepable = stamp && stamp->settled;
-    if (keepable) {
-        std::lock_guard lock(keptLock_);
-        for (const Kept& kept : kept_)
-            if (kept.path == path && kept.stamp == *stamp) return kept.profile;
-    }
-    auto bytes = files_.ReadAll(path);
     auto profile = std::make_shared<const LoadedProfile>(bytes ? *bytes : std::string());
     if (keepable && bytes) {
         std::lock_guard lock(keptLock_);
         std::erase_if(kept_, [&](const Kept& kept) { return kept.path == path; });
-        kept_.push_front({std::string(path), *stamp, profile});
+        kept_.push_front({std::string(path), *stamp, profile, look});
         if (kept_.size() > kKeptFiles) kept_.pop_back();
     }
     return profile;
+}
+
+void ProfileApi::HoldReads() const {
+    std::lock_guard lock(keptLock_);
+    // A new hold checks every kept file once more.
+    if (heldReads_++ == 0) ++look_;
+}
+
+void ProfileApi::ReleaseReads() const {
+    std::lock_guard lock(keptLock_);
+    if (heldReads_ > 0) --heldReads_;
 }
 
 std::uint32_t ProfileApi::GetPrivateProfileSectionNamesA(std::string& buffer,

@@ -48,11 +48,18 @@ class ProfileApi {
     bool WritePrivateProfileStringA(std::string_view section, std::string_view key,
                                     std::string_view value, std::string_view path);
 
+    // From HoldReads to the matching ReleaseReads (they nest) a kept file whose stamp was
+    // checked once is served again without a new check: a list reads each recipe several times
+    // in a row. Our own writes still drop every kept file.
+    void HoldReads() const;
+    void ReleaseReads() const;
+
   private:
     struct Kept {
         std::string path;
         platform::FileStamp stamp;
         std::shared_ptr<const LoadedProfile> profile;
+        unsigned look = 0;  // the hold in which the stamp was last checked
     };
 
     std::shared_ptr<const LoadedProfile> Load(std::string_view path) const;
@@ -60,6 +67,8 @@ class ProfileApi {
     platform::FileSystem& files_;
     mutable std::mutex keptLock_;
     mutable std::deque<Kept> kept_;  // the file read last first
+    mutable int heldReads_ = 0;
+    mutable unsigned look_ = 0;  // counts the holds; 0 is no hold
 };
 
 }  // namespace optera::services

@@ -41,9 +41,27 @@ class cPrivateProfile {
     bool SetIniStringValue(std::string_view szIniPath, std::string_view szSectionName,
                            std::string_view szSectionNameValue, std::string_view szSectionValue);
 
+    // See ProfileApi::HoldReads.
+    void HoldReads() const { api_.HoldReads(); }
+    void ReleaseReads() const { api_.ReleaseReads(); }
+
   private:
     ProfileApi api_;
     platform::FileSystem& files_;
+};
+
+// Holds the reads of the profile files (see ProfileApi::HoldReads) for as long as it lives.
+class HeldProfileReads {
+  public:
+    explicit HeldProfileReads(const cPrivateProfile& profile) : profile_(profile) {
+        profile_.HoldReads();
+    }
+    ~HeldProfileReads() { profile_.ReleaseReads(); }
+    HeldProfileReads(const HeldProfileReads&) = delete;
+    HeldProfileReads& operator=(const HeldProfileReads&) = delete;
+
+  private:
+    const cPrivateProfile& profile_;
 };
 
 // What stands before the first NUL of a buffer.

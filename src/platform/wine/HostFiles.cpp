@@ -124,7 +124,8 @@ void SyncFolder(const std::filesystem::path& folder) {
     if (handle.ok()) ::fsync(handle.fd());
 }
 
-std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error) {
+std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error,
+                                        struct stat* status) {
     auto failed = [error](int number) -> std::optional<std::string> {
         if (error) *error = number;
         return std::nullopt;
@@ -135,6 +136,7 @@ std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* 
     struct stat st;
     if (!handle.ok() || ::fstat(handle.fd(), &st) != 0) return failed(errno);
     if (!S_ISREG(st.st_mode)) return failed(S_ISDIR(st.st_mode) ? EISDIR : EINVAL);
+    if (status) *status = st;
     std::string content;
     content.reserve(static_cast<std::size_t>(st.st_size));
     char buffer[kChunk];

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include <dirent.h>
+#include <sys/stat.h>
 #include <sys/types.h>
 
 namespace optera::platform {
@@ -60,8 +61,10 @@ bool CopyFully(int from, int to);
 // Makes a change to a folder's entries (a rename, a new file) outlast a crash.
 void SyncFolder(const std::filesystem::path& folder);
 // The whole content of a regular file; nullopt when it is missing, not a regular file or
-// unreadable, with the reason in `error` when given.
-std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error = nullptr);
+// unreadable, with the reason in `error` when given. `status`, when given, gets the status of
+// the file opened, taken before its content is read.
+std::optional<std::string> ReadHostFile(const std::filesystem::path& file, int* error = nullptr,
+                                        struct stat* status = nullptr);
 // The value of the extended attribute in which Wine keeps a file's hidden and system marks
 // (`user.DOSATTRIB`, text such as "0x2"), links followed; nullopt when the file has none.
 std::optional<std::string> ReadDosAttribute(const std::filesystem::path& file);

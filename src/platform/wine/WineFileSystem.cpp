@@ -472,10 +472,9 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> WineFileSystem::FileIdent
     return std::pair{static_cast<std::uint64_t>(st.st_dev), static_cast<std::uint64_t>(st.st_ino)};
 }
 
-std::optional<FileStamp> WineFileSystem::Stamp(std::string_view path) const {
-    fs::path host;
-    struct stat st;
-    if (!StatHost(path, host, st) || !S_ISREG(st.st_mode)) return std::nullopt;
+namespace {
+
+FileStamp StampOf(const struct stat& st) {
     auto nanoseconds = [](const struct timespec& time) {
         return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
     };
@@ -490,12 +489,30 @@ std::optional<FileStamp> WineFileSystem::Stamp(std::string_view path) const {
     return stamp;
 }
 
+}  // namespace
+
+std::optional<FileStamp> WineFileSystem::Stamp(std::string_view path) const {
+    fs::path host;
+    struct stat st;
+    if (!StatHost(path, host, st) || !S_ISREG(st.st_mode)) return std::nullopt;
+    return StampOf(st);
+}
+
 std::optional<std::string> WineFileSystem::ReadAll(std::string_view path) const {
+    std::optional<FileStamp> unused;
+    return ReadStamped(path, unused);
+}
+
+std::optional<std::string> WineFileSystem::ReadStamped(std::string_view path,
+                                                       std::optional<FileStamp>& stamp) const {
+    stamp.reset();
     auto host = Locate(path);
     if (!host) return Failed(ENOENT), std::nullopt;
     int error = 0;
-    auto content = ReadHostFile(*host, &error);
-    if (!content) Failed(error);
+    struct stat st;
+    auto content = ReadHostFile(*host, &error, &st);
+    if (!content) return Failed(error), std::nullopt;
+    stamp = StampOf(st);
     return content;
 }
 

@@ -62,6 +62,9 @@ class WineFileSystem : public FileSystem {
     // From the file's status; settled once its times are 100 ms behind the clock, well past the
     // tick of the clock that stamps them.
     std::optional<FileStamp> Stamp(std::string_view path) const override;
+    // The stamp from the status of the file opened for the read.
+    std::optional<std::string> ReadStamped(std::string_view path,
+                                           std::optional<FileStamp>& stamp) const override;
     std::string LastError() const override { return lastError_; }
 
   private:

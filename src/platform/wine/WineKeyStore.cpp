@@ -44,7 +44,22 @@ REGSAM Granted(REGSAM access) {
     return access;
 }
 
+bool IsAscii(std::string_view name) {
+    return std::all_of(name.begin(), name.end(),
+                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+}
+
+char AsciiLower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 bool SameName(std::string_view a, std::string_view b) {
+    // Two ASCII names fold as their letters do, without the table (a path is walked name by
+    // name). Other characters may fold to ASCII ones, so any other name takes the table.
+    if (IsAscii(a) && IsAscii(b))
+        return a.size() == b.size() &&
+               std::equal(a.begin(), a.end(), b.begin(),
+                          [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });
     return CompareFoldedNames(FoldName(a), FoldName(b)) == 0;
 }
 
@@ -201,7 +216,7 @@ class WineKeyStore::WriteLock {
         }
         if (why.empty()) store.RemoveStrayTemporaries();
         code_ = why.empty() ? regerror::Success : store.Refuse(why);
-        store.BeginCall();
+        store.LookAgain();
     }
     LONG code() const { return code_; }
 
@@ -227,9 +242,23 @@ void WineKeyStore::RemoveStrayTemporaries() const {
     }
 }
 
-// Each call reads a file at most once, so that keys found early in the call stay valid.
+// Each call reads a file at most once, so that keys found early in the call stay valid; while
+// reads are held, the calls share that one look.
 void WineKeyStore::BeginCall() const {
+    if (heldReads_ == 0) ++call_;
+}
+
+void WineKeyStore::LookAgain() const {
     ++call_;
+}
+
+void WineKeyStore::HoldReads() {
+    // The held look is taken at the first question, not kept from before the hold.
+    if (heldReads_++ == 0) ++call_;
+}
+
+void WineKeyStore::ReleaseReads() {
+    if (heldReads_ > 0) --heldReads_;
 }
 
 WineHive& WineKeyStore::Hive(int index) const {
@@ -716,7 +745,8 @@ LONG WineKeyStore::DeleteValue(HKEY key, std::string_view valueName) {
 }
 
 LONG WineKeyStore::RegSaveKeyA(HKEY key, std::string_view fileName) {
-    BeginCall();
+    // A backup holds the key as it is now, not as a held look saw it.
+    LookAgain();
     Spot spot;
     if (LONG code = Start(key, 0, spot)) return code;
     if (!spot.key) return regerror::AccessDenied;
@@ -820,7 +850,7 @@ std::string WineKeyStore::WhyNotWritable() const {
         return "There is no Wine prefix at " + prefix_.string() +
                ", so its registry cannot be changed.";
     if (std::string running = WineServerRunningReason(prefix_); !running.empty()) return running;
-    BeginCall();
+    LookAgain();
     for (int index : {kMachine, kUser})
         if (!Hive(index).valid()) return CannotSave(Hive(index));
     return {};

@@ -103,6 +103,11 @@ class WineKeyStore : public KeyStore {
     // No prefix, a running wineserver, or a system.reg or user.reg that cannot be written.
     std::string WhyNotWritable() const override;
 
+    // While held, the hive files are checked for changes once, at the first question; every
+    // change still reads them anew under the wineserver's lock before it is made.
+    void HoldReads() override;
+    void ReleaseReads() override;
+
   private:
     // Removes the temporaries that a run stopped while saving a hive left beside it; called
     // with the wineserver's lock held, when no other writer can own them.
@@ -119,6 +124,8 @@ class WineKeyStore : public KeyStore {
 
     WineHive& Hive(int index) const;
     void BeginCall() const;
+    // As BeginCall, but the files are looked at anew even while reads are held.
+    void LookAgain() const;
     bool Win64() const;
     bool View32(REGSAM access) const;
     // The key a handle names; HKEY_CLASSES_ROOT is the redirected classes in the 32-bit view.
@@ -154,6 +161,7 @@ class WineKeyStore : public KeyStore {
     std::array<std::unique_ptr<WineHive>, 3> hives_;
     mutable std::array<unsigned, 3> refreshedIn_{};
     mutable unsigned call_ = 0;
+    int heldReads_ = 0;
     WineFileSystem files_;
     std::map<HKEY, Handle> handles_;
     HKEY nextHandle_ = 0x100;

@@ -235,6 +235,21 @@ TEST_F(WineKeyStoreTest, FilesChangedOnDiskAreReadAgain) {
     EXPECT_EQ(ReadText(again, hkey::CurrentUser, "Order\\b", "beta"), "changed");
 }
 
+TEST_F(WineKeyStoreTest, HeldReadsShareOneLookAndChangesLookAgain) {
+    {
+        HeldReads held(store);
+        EXPECT_EQ(ReadText(store, hkey::CurrentUser, "Order\\b", "beta"), "b");
+        Replace("user.reg", HiveText("win64", "[Order\\\\b] 1\n\"beta\"=\"wine\"\n"));
+        EXPECT_EQ(ReadText(store, hkey::CurrentUser, "Order\\b", "beta"), "b");
+        // A change is made on the file as it is now, and what Wine wrote stays.
+        ASSERT_EQ(Write(store, hkey::CurrentUser, "Order\\b", "more", regtype::Sz, Sz("x")), 0);
+        EXPECT_EQ(ReadText(store, hkey::CurrentUser, "Order\\b", "beta"), "wine");
+        Replace("user.reg", HiveText("win64", "[Order\\\\b] 1\n\"beta\"=\"later\"\n"));
+    }
+    // The next command sees what another program wrote meanwhile.
+    EXPECT_EQ(ReadText(store, hkey::CurrentUser, "Order\\b", "beta"), "later");
+}
+
 TEST_F(WineKeyStoreTest, SavedKeysComeBackWhole) {
     const std::string file = OnZ(prefix() / "vendor.hiv");
     HKEY vendor = 0;
