@@ -179,7 +179,7 @@ int main(int argc, char** argv) {
                     megabytes / copy);
         std::printf("load + change one value + save:  %8.3f ms  %8.1f MB/s\n", edit * 1e3,
                     megabytes / edit);
-        std::printf("ratio: %.2f (limit 10)\n", edit / copy);
+        std::printf("ratio: %.2f (limit 5)\n", edit / copy);
     }
     std::error_code ignored;
     fs::remove_all(Files().folder, ignored);

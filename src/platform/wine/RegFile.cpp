@@ -438,7 +438,7 @@ RegFile RegFile::Parse(std::string&& bytes) {
             if (inHeader)
                 file.headerEnd_ = start;
             else
-                file.blocks_.back().end = start;
+                file.SetEnd(file.blocks_.back(), start);
             inHeader = false;
             Block block;
             block.begin = start;
@@ -465,7 +465,7 @@ RegFile RegFile::Parse(std::string&& bytes) {
         blankBefore = IsBlankLine(text, line) ? line.begin : npos;
         pos = line.next;
     }
-    if (!file.blocks_.empty()) file.blocks_.back().end = text.size();
+    if (!file.blocks_.empty()) file.SetEnd(file.blocks_.back(), text.size());
 
     // Each key's first block; the blocks of a key named again are read after it, in order.
     std::vector<bool> placed(file.keys_.size());
@@ -475,10 +475,11 @@ RegFile RegFile::Parse(std::string&& bytes) {
         if (!placed[block.key]) {
             placed[block.key] = true;
             key.begin = block.begin;
-            key.end = block.end;
+            const std::size_t size = file.EndOf(block) - block.begin;
+            key.size = size < kLongBlock ? static_cast<std::uint32_t>(size) : kLongBlock;
         } else {
             key.repeated = true;
-            file.repeats_.push_back({block.key, block.begin, block.end});
+            file.repeats_.push_back({block.key, block.begin, file.EndOf(block)});
         }
     }
     return file;
@@ -506,7 +507,7 @@ std::string RegFile::Arch() const {
 }
 
 std::string RegFile::PathOf(const KeyRecord& key) const {
-    if (key.fresh) return added_.substr(key.begin, key.end - key.begin);
+    if (key.fresh) return added_.substr(key.begin, key.size);
     // The key's first block starts at its key line or at the blank line before it.
     const std::string_view text = text_;
     Line line = ReadLine(text, key.begin);
@@ -538,7 +539,7 @@ std::uint32_t RegFile::Lookup(std::string_view path, std::uint64_t hash) const {
 }
 
 void RegFile::IndexInsert(std::uint32_t id) {
-    if ((slotsUsed_ + 1) * 2 > slots_.size()) {
+    if ((slotsUsed_ + 1) * 4 > slots_.size() * 3) {  // at most three quarters full
         std::vector<std::uint32_t> old = std::move(slots_);
         slots_.assign(std::max<std::size_t>(64, old.size() * 2), 0);
         slotsUsed_ = 0;
@@ -635,22 +636,41 @@ void RegFile::ReadKeyText(std::uint32_t id, RegFileKey* model,
             if (kept) kept->push_back(RawLine(text, line));
         }
     };
-    readRange(key.begin, key.end);
+    readRange(key.begin, EndOf(id));
     if (key.repeated)
         for (const Repeat& repeat : repeats_)
             if (repeat.key == id) readRange(repeat.begin, repeat.end);
 }
 
 RegFileKey& RegFile::Model(std::uint32_t id) const {
-    const KeyRecord& key = keys_[id];
-    if (key.model == kNone) {
+    auto [at, made] = modelOf_.try_emplace(id, 0);
+    if (made) {
         RegFileKey model;
-        model.path = PathOf(key);
+        model.path = PathOf(keys_[id]);
         ReadKeyText(id, &model, nullptr);
         models_.push_back(std::move(model));
-        key.model = static_cast<std::uint32_t>(models_.size() - 1);
+        at->second = static_cast<std::uint32_t>(models_.size() - 1);
     }
-    return models_[key.model];
+    return models_[at->second];
+}
+
+std::size_t RegFile::EndOf(std::uint32_t id) const {
+    const KeyRecord& key = keys_[id];
+    if (key.size != kLongBlock) return key.begin + key.size;
+    for (const Block& block : blocks_)
+        if (block.key == id && block.begin == key.begin) return EndOf(block);
+    return key.begin;
+}
+
+std::size_t RegFile::EndOf(const Block& block) const {
+    if (block.size != kLongBlock) return block.begin + block.size;
+    return longEnds_.at(block.begin);
+}
+
+void RegFile::SetEnd(Block& block, std::size_t end) {
+    const std::size_t size = end - block.begin;
+    block.size = size < kLongBlock ? static_cast<std::uint32_t>(size) : kLongBlock;
+    if (block.size == kLongBlock) longEnds_[block.begin] = end;
 }
 
 std::vector<const RegFileKey*> RegFile::Keys() const {
@@ -710,7 +730,7 @@ std::vector<const RegFileKey*> RegFile::Below(std::string_view path) const {
 std::uint32_t RegFile::NewKey(const std::string& path, std::uint64_t hash, std::uint64_t now) {
     KeyRecord key;
     key.begin = added_.size();
-    key.end = added_.size() + path.size();
+    key.size = static_cast<std::uint32_t>(path.size());
     key.fresh = true;
     key.hash = static_cast<std::uint32_t>(hash);
     key.state = KeyState::Changed;
@@ -719,9 +739,9 @@ std::uint32_t RegFile::NewKey(const std::string& path, std::uint64_t hash, std::
     model.path = path;
     model.modified = now;
     models_.push_back(std::move(model));
-    key.model = static_cast<std::uint32_t>(models_.size() - 1);
     keys_.push_back(key);
     const auto id = static_cast<std::uint32_t>(keys_.size() - 1);
+    modelOf_[id] = static_cast<std::uint32_t>(models_.size() - 1);
     IndexInsert(id);
 
     // Right after the last key that Wine's order puts before it (looked for from the end, so
@@ -913,7 +933,8 @@ bool RegFile::Write(const Sink& sink) const {
                 continue;
             }
         }
-        if (!startPiece() || !put(text.substr(block.begin, block.end - block.begin))) return false;
+        if (!startPiece() || !put(text.substr(block.begin, EndOf(block) - block.begin)))
+            return false;
         terminate = block.dangling;
     }
     return true;

@@ -24,6 +24,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace optera::platform {
@@ -118,21 +119,24 @@ class RegFile {
 
     // One stretch of the file's text that starts at a key line (with the blank line before it),
     // or a new key's place in the file.
+    static constexpr std::uint32_t kLongBlock = 0xFFFFFFFF;
     struct Block {
-        std::size_t begin = 0, end = 0;  // bytes in text_; empty for a new key
+        std::uint64_t begin : 63 = 0;    // in text_; a new key's block is empty
+        std::uint64_t dangling : 1 = 0;  // ends in a hex value waiting for a continuation line
+        std::uint32_t size = 0;          // kLongBlock: its end is in longEnds_
         std::uint32_t key = kNone;       // kNone: a key line Wine cannot read; kept as it is
-        bool dangling = false;           // ends in a hex value waiting for a continuation line
     };
-    enum class KeyState : std::uint8_t { Original, Exposed, Changed, Deleted };
+    enum KeyState : std::uint8_t { Original, Exposed, Changed, Deleted };
+    // Sixteen bytes a key: a big file has hundreds of thousands of them.
     struct KeyRecord {
         // Its first block in text_, where its path is read from; for a new key, its path in
         // added_. Paths are not copied: the text is most of what a big file costs.
-        std::size_t begin = 0, end = 0;
-        std::uint32_t hash = 0;               // of its path, folded
-        mutable std::uint32_t model = kNone;  // its decoded form in models_
-        KeyState state = KeyState::Original;
-        bool repeated = false;  // has more blocks, listed in repeats_
-        bool fresh = false;     // new, not in the text
+        std::uint64_t begin : 60 = 0;
+        std::uint64_t state : 2 = KeyState::Original;
+        std::uint64_t repeated : 1 = 0;  // has more blocks, listed in repeats_
+        std::uint64_t fresh : 1 = 0;     // new, not in the text
+        std::uint32_t hash = 0;          // of its path, folded
+        std::uint32_t size = 0;          // of that block or path; kLongBlock: see blocks_
     };
     struct Repeat {
         std::uint32_t key;
@@ -140,6 +144,9 @@ class RegFile {
     };
 
     std::string PathOf(const KeyRecord& key) const;
+    std::size_t EndOf(std::uint32_t key) const;  // of its first block
+    std::size_t EndOf(const Block& block) const;
+    void SetEnd(Block& block, std::size_t end);
     // The key of a key line whose path starts at `pos`, in a block starting at `block`; kNone
     // when Wine would make none.
     std::uint32_t KeyForLine(std::string_view line, std::size_t pos, std::size_t block,
@@ -167,8 +174,10 @@ class RegFile {
     std::vector<std::uint32_t> slots_;  // hash index of keys_ by folded path
     std::size_t slotsUsed_ = 0;
     mutable std::deque<RegFileKey> models_;
-    std::vector<std::pair<std::uint32_t, std::uint64_t>> stamps_;  // `now` of the AddKey that
-                                                                   // exposed a key
+    mutable std::unordered_map<std::uint32_t, std::uint32_t> modelOf_;  // key -> models_
+    std::unordered_map<std::uint64_t, std::uint64_t> longEnds_;         // of blocks, by their begin
+    std::vector<std::pair<std::uint32_t, std::uint64_t>> stamps_;       // `now` of the AddKey that
+                                                                        // exposed a key
 };
 
 // Wine's escapes, for names, strings and key paths (\\ \" \[ \] \a \b \t \n \v \f \r \e,

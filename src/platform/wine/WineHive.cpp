@@ -43,6 +43,13 @@ std::string_view ComponentAt(std::string_view path, std::size_t depth) {
     return path.substr(0, path.find('\\'));
 }
 
+// Empties a file and gives its room back. (Moving an empty file over it would not: a short
+// string is copied into the room of the text it replaces.)
+void Drop(RegFile& file) {
+    RegFile old = RegFile::Parse("");
+    std::swap(old, file);
+}
+
 // Collects small pieces into writes of a useful size; large ones go out as they are.
 class BufferedWrite {
   public:
@@ -251,13 +258,13 @@ void WineHive::Clear() {
     loaded_ = true;
     present_ = false;
     stamp_ = Stamp{};
-    file_ = RegFile::Parse("");
+    Drop(file_);
     BuildTree();
 }
 
 void WineHive::Load() {
     // What was read before goes first, so that two versions of the file are never held.
-    file_ = RegFile::Parse("");
+    Drop(file_);
     BuildTree();
     // The stamp is taken from the descriptor that is read, so that a file replaced meanwhile
     // is noticed at the next Refresh.
@@ -297,9 +304,13 @@ void WineHive::BuildTree() {
     lineCount_ = file_.ok() ? static_cast<std::uint32_t>(file_.KeyCount()) : 0;
     root_ = lineCount_;
     std::vector<Key>().swap(nodes_);  // the old tree's room goes back
+    // Room for as many keys without a line as with one: room not used costs nothing, and
+    // growing would hold the keys twice for a moment.
+    nodes_.reserve(2 * std::size_t{lineCount_} + 2);
     nodes_.assign(lineCount_ + 1, Key{});
-    std::unordered_map<std::u16string, std::uint32_t>
-        implied;  // keys without a line, by folded path
+    std::unordered_map<std::u16string, std::uint32_t> implied;  // keys without a line
+    std::vector<std::uint32_t> seen;  // keys in the order the file first names them
+    seen.reserve(nodes_.capacity());
     // The key of a path, made (without a line) when the file has no line for it.
     auto nodeOf = [&](std::string_view path, std::uint32_t parent, RegFile::KeyId spelling) {
         std::uint32_t node = file_.IdOf(path);
@@ -314,6 +325,7 @@ void WineHive::BuildTree() {
         if (nodes_[node].nameFrom_ == kNone) {
             nodes_[node].parent_ = parent;
             nodes_[node].nameFrom_ = spelling;
+            seen.push_back(node);
         }
         return node;
     };
@@ -345,6 +357,7 @@ void WineHive::BuildTree() {
             if (nodes_[id].nameFrom_ == kNone) {
                 nodes_[id].parent_ = parent;
                 nodes_[id].nameFrom_ = id;
+                seen.push_back(id);
             }
             last.emplace_back(FoldName(parts.back()), id);
         });
@@ -363,17 +376,19 @@ void WineHive::BuildTree() {
     const std::uint32_t set = system != kNone ? existing("System\\ControlSet001") : kNone;
     if (set != kNone && existing("System\\CurrentControlSet") == kNone) {
         impliedLink_ = static_cast<std::uint32_t>(nodes_.size());
+        seen.push_back(impliedLink_);
         Key link;
         link.hive_ = this;
         link.parent_ = system;
         nodes_.push_back(link);
         impliedLinkTarget_ = u"\\Registry\\Machine\\" + Utf16FromUtf8(nodes_[set].path());
     }
-    SortSubkeys();
+    SortSubkeys(seen);
 }
 
-// Lists each key's subkeys in Wine's order.
-void WineHive::SortSubkeys() {
+// Lists each key's subkeys in Wine's order. A file in that order names them in it, so they are
+// listed as the file first names them, and sorted only where the file's order was another.
+void WineHive::SortSubkeys(const std::vector<std::uint32_t>& seen) {
     const std::size_t count = nodes_.size();
     std::vector<std::uint32_t>().swap(firstSubkey_);
     std::vector<std::uint32_t>().swap(subkeys_);
@@ -382,17 +397,27 @@ void WineHive::SortSubkeys() {
         if (key.parent_ != kNone) ++firstSubkey_[key.parent_ + 1];
     for (std::size_t i = 0; i < count; ++i) firstSubkey_[i + 1] += firstSubkey_[i];
     subkeys_.assign(firstSubkey_[count], 0);
-    {
-        std::vector<std::uint32_t> next(firstSubkey_.begin(), firstSubkey_.end() - 1);
-        for (std::size_t i = 0; i < count; ++i)
-            if (nodes_[i].parent_ != kNone)
-                subkeys_[next[nodes_[i].parent_]++] = static_cast<std::uint32_t>(i);
+    // Each list is filled with its start as the cursor, which leaves the cursor at the start of
+    // the next list; a shift by one puts every start back.
+    for (std::uint32_t node : seen) {
+        const std::uint32_t parent = nodes_[node].parent_;
+        if (parent != kNone) subkeys_[firstSubkey_[parent]++] = node;
     }
+    for (std::size_t i = count; i > 0; --i) firstSubkey_[i] = firstSubkey_[i - 1];
+    firstSubkey_[0] = 0;
     std::vector<std::pair<std::u16string, std::uint32_t>> named;
     for (std::size_t i = 0; i < count; ++i) {
         const auto first = subkeys_.begin() + firstSubkey_[i];
         const auto last = subkeys_.begin() + firstSubkey_[i + 1];
         if (last - first < 2) continue;
+        bool sorted = true;
+        std::u16string before = FoldName(nodes_[*first].name());
+        for (auto at = first + 1; at != last && sorted; ++at) {
+            std::u16string name = FoldName(nodes_[*at].name());
+            sorted = CompareFoldedNames(before, name) < 0;
+            before = std::move(name);
+        }
+        if (sorted) continue;
         named.clear();
         for (auto at = first; at != last; ++at)
             named.emplace_back(FoldName(nodes_[*at].name()), *at);

@@ -108,7 +108,7 @@ class WineHive {
     void Load();
     void Clear();
     void BuildTree();
-    void SortSubkeys();
+    void SortSubkeys(const std::vector<std::uint32_t>& seen);
     bool Save();
     // Made on first use: a key's values in Wine's order, and their folded names.
     struct SortedValues {
