@@ -1,6 +1,8 @@
 // Feeds arbitrary bytes to the hive reader as a registry file, sets one value, and checks what
 // must always hold:
-//  - a file that is only parsed serialises to the same bytes;
+//  - a file that is only parsed serialises to the same bytes, and says it is unchanged;
+//  - an edited file says it is unchanged exactly when its bytes are, and its header check (which
+//    reads only the start of the output) agrees with a parse of the whole output;
 //  - after the change, a save and a new parse, the key holds what was set (and nothing else
 //    changed in it), and every other key has the same values, class, link and time as before;
 //  - nothing crashes, hangs or reads out of bounds (the sanitizers watch).
@@ -63,6 +65,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string bytes(reinterpret_cast<const char*>(data), size);
     const RegFile file = RegFile::Parse(bytes);
     Check(file.Serialize() == bytes);
+    Check(file.Unchanged());
 
     std::uint64_t hash = 14695981039346656037ULL;
     for (char c : bytes) hash = (hash ^ static_cast<unsigned char>(c)) * 1099511628211ULL;
@@ -93,6 +96,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string saved = edited.Serialize();
     const RegFile again = RegFile::Parse(saved);
     Check(again.Serialize() == saved);
+    Check(edited.Unchanged() == (saved == bytes));
+    Check(edited.WritesSameHeader() == (again.ok() && again.Arch() == edited.Arch()));
 
     const RegFileKey* expected = edited.Find(path);
     const RegFileKey* changed = again.Find(path);

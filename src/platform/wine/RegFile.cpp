@@ -267,6 +267,46 @@ CanonicalPath CanonicalOf(std::string_view path) {
     return {regtext::ToUtf8(units), HashPath(units)};
 }
 
+// The canonical path of a key line whose path starts at `pos` (after the "["), and its hash;
+// false when Wine makes no key of the line.
+bool DecodeKeyPath(std::string_view s, std::size_t pos, std::string& out, std::uint64_t& hash,
+                   std::u16string& scratch) {
+    // Most paths are printable ASCII with "\\" between components: those are taken as they
+    // are. Anything else is decoded in full.
+    out.clear();
+    hash = kHashSeed;
+    bool simple = false, separator = false;
+    for (std::size_t p = pos; p < s.size(); ++p) {
+        const char c = s[p];
+        if (c == ']') {
+            simple = true;
+            break;
+        }
+        if (c == '\\' && p + 1 < s.size() && s[p + 1] == '\\' && !out.empty()) {
+            separator = true;
+            ++p;
+            continue;
+        }
+        if (c < 0x20 || c >= 0x7F || c == '\\') break;
+        if (separator) {
+            out += '\\';
+            hash = HashStep(hash, u'\\');
+        }
+        separator = false;
+        out += c;
+        hash = HashStep(hash, static_cast<char16_t>(c >= 'A' && c <= 'Z' ? c + 32 : c));
+    }
+    if (simple) return true;
+    out.clear();
+    scratch.clear();
+    if (regtext::Unescape(s, pos, ']', &scratch) == npos) return false;
+    if (!scratch.empty() && scratch[0] == u'\\') return false;
+    Canonicalize(scratch);
+    hash = HashPath(scratch);
+    regtext::AppendUtf8(out, scratch);
+    return true;
+}
+
 // Wine's key order: component by component, each compared as a name; a parent before its
 // subkeys.
 int ComparePaths(std::string_view a, std::string_view b) {
@@ -366,8 +406,12 @@ void AppendValue(std::string& out, const RegFileValue& value) {
 // ---- reading ----------------------------------------------------------------------------
 
 RegFile RegFile::Parse(std::string_view bytes) {
+    return Parse(std::string(bytes));
+}
+
+RegFile RegFile::Parse(std::string&& bytes) {
     RegFile file;
-    file.text_.assign(bytes.data(), bytes.size());
+    file.text_ = std::move(bytes);
     const std::string_view text = file.text_;
     file.headerEnd_ = text.size();
     if (text.empty()) return file;
@@ -379,8 +423,8 @@ RegFile RegFile::Parse(std::string_view bytes) {
     // Generous guesses: pages never touched cost nothing.
     file.keys_.reserve(text.size() / 64 + 16);
     file.blocks_.reserve(text.size() / 64 + 16);
-    file.paths_.reserve(text.size() / 2 + 64);
-    std::u16string scratch, path;
+    std::u16string scratch;
+    std::string path;
     bool inHeader = true;
     bool live = false;               // in a key Wine can create: its values are read
     std::size_t blankBefore = npos;  // the line before, when it was blank
@@ -394,13 +438,13 @@ RegFile RegFile::Parse(std::string_view bytes) {
             if (inHeader)
                 file.headerEnd_ = start;
             else
-                file.blocks_.back().end = start;
+                file.SetEnd(file.blocks_.back(), start);
             inHeader = false;
             Block block;
             block.begin = start;
             // A path Wine cannot read, or one that starts with a backslash, makes no key: the
             // lines up to the next key are then ignored by Wine, and kept as they are here.
-            block.key = file.KeyForLine(s, p + 1, path);
+            block.key = file.KeyForLine(s, p + 1, start, path, scratch);
             live = block.key != kNone;
             file.blocks_.push_back(block);
             blankBefore = npos;
@@ -421,7 +465,7 @@ RegFile RegFile::Parse(std::string_view bytes) {
         blankBefore = IsBlankLine(text, line) ? line.begin : npos;
         pos = line.next;
     }
-    if (!file.blocks_.empty()) file.blocks_.back().end = text.size();
+    if (!file.blocks_.empty()) file.SetEnd(file.blocks_.back(), text.size());
 
     // Each key's first block; the blocks of a key named again are read after it, in order.
     std::vector<bool> placed(file.keys_.size());
@@ -431,59 +475,24 @@ RegFile RegFile::Parse(std::string_view bytes) {
         if (!placed[block.key]) {
             placed[block.key] = true;
             key.begin = block.begin;
-            key.end = block.end;
+            const std::size_t size = file.EndOf(block) - block.begin;
+            key.size = size < kLongBlock ? static_cast<std::uint32_t>(size) : kLongBlock;
         } else {
             key.repeated = true;
-            file.repeats_.push_back({block.key, block.begin, block.end});
+            file.repeats_.push_back({block.key, block.begin, file.EndOf(block)});
         }
     }
     return file;
 }
 
-std::uint32_t RegFile::KeyForLine(std::string_view s, std::size_t pos, std::u16string& scratch) {
-    // Most paths are printable ASCII with "\\" between components: those go straight to
-    // paths_. Anything else is decoded in full.
-    const std::size_t start = paths_.size();
-    std::uint64_t hash = kHashSeed;
-    bool simple = false, separator = false;
-    for (std::size_t p = pos; p < s.size(); ++p) {
-        const char c = s[p];
-        if (c == ']') {
-            simple = true;
-            break;
-        }
-        if (c == '\\' && p + 1 < s.size() && s[p + 1] == '\\' && paths_.size() > start) {
-            separator = true;
-            ++p;
-            continue;
-        }
-        if (c < 0x20 || c >= 0x7F || c == '\\') break;
-        if (separator) {
-            paths_ += '\\';
-            hash = HashStep(hash, u'\\');
-        }
-        separator = false;
-        paths_ += c;
-        hash = HashStep(hash, static_cast<char16_t>(c >= 'A' && c <= 'Z' ? c + 32 : c));
-    }
-    if (!simple) {
-        paths_.resize(start);
-        scratch.clear();
-        if (regtext::Unescape(s, pos, ']', &scratch) == npos) return kNone;
-        if (!scratch.empty() && scratch[0] == u'\\') return kNone;
-        Canonicalize(scratch);
-        hash = HashPath(scratch);
-        regtext::AppendUtf8(paths_, scratch);
-    }
-    const std::string_view utf8(paths_.data() + start, paths_.size() - start);
-    if (const std::uint32_t found = Lookup(utf8, hash); found != kNone) {
-        paths_.resize(start);
-        return found;
-    }
+std::uint32_t RegFile::KeyForLine(std::string_view s, std::size_t pos, std::size_t block,
+                                  std::string& path, std::u16string& scratch) {
+    std::uint64_t hash = 0;
+    if (!DecodeKeyPath(s, pos, path, hash, scratch)) return kNone;
+    if (const std::uint32_t found = Lookup(path, hash); found != kNone) return found;
     KeyRecord key;
-    key.pathBegin = start;
-    key.pathSize = paths_.size() - start;
-    key.hash = hash;
+    key.begin = block;
+    key.hash = static_cast<std::uint32_t>(hash);
     keys_.push_back(key);
     IndexInsert(static_cast<std::uint32_t>(keys_.size() - 1));
     return static_cast<std::uint32_t>(keys_.size() - 1);
@@ -497,8 +506,17 @@ std::string RegFile::Arch() const {
     return text_.substr(archBegin_, archEnd_ - archBegin_);
 }
 
-std::string_view RegFile::PathOf(const KeyRecord& key) const {
-    return std::string_view(paths_).substr(key.pathBegin, key.pathSize);
+std::string RegFile::PathOf(const KeyRecord& key) const {
+    if (key.fresh) return added_.substr(key.begin, key.size);
+    // The key's first block starts at its key line or at the blank line before it.
+    const std::string_view text = text_;
+    Line line = ReadLine(text, key.begin);
+    if (IsBlankLine(text, line)) line = ReadLine(text, line.next);
+    std::string path;
+    std::uint64_t hash = 0;
+    std::u16string scratch;
+    DecodeKeyPath(line.content, SkipSpace(line.content, 0) + 1, path, hash, scratch);
+    return path;
 }
 
 // ---- the index by folded path -----------------------------------------------------------
@@ -510,17 +528,18 @@ constexpr std::uint32_t kTombstone = 0xFFFFFFFF;  // a slot whose key was delete
 std::uint32_t RegFile::Lookup(std::string_view path, std::uint64_t hash) const {
     if (slots_.empty()) return kNone;
     const std::size_t mask = slots_.size() - 1;
-    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+    const auto folded = static_cast<std::uint32_t>(hash);
+    for (std::size_t i = folded & mask;; i = (i + 1) & mask) {
         const std::uint32_t slot = slots_[i];
         if (slot == 0) return kNone;
         if (slot == kTombstone) continue;
         const KeyRecord& key = keys_[slot - 1];
-        if (key.hash == hash && regtext::SameName(PathOf(key), path)) return slot - 1;
+        if (key.hash == folded && regtext::SameName(PathOf(key), path)) return slot - 1;
     }
 }
 
 void RegFile::IndexInsert(std::uint32_t id) {
-    if ((slotsUsed_ + 1) * 2 > slots_.size()) {
+    if ((slotsUsed_ + 1) * 4 > slots_.size() * 3) {  // at most three quarters full
         std::vector<std::uint32_t> old = std::move(slots_);
         slots_.assign(std::max<std::size_t>(64, old.size() * 2), 0);
         slotsUsed_ = 0;
@@ -549,7 +568,7 @@ void RegFile::IndexErase(std::uint32_t id) {
 void RegFile::ReadKeyText(std::uint32_t id, RegFileKey* model,
                           std::vector<std::string_view>* kept) const {
     const KeyRecord& key = keys_[id];
-    if (key.begin == key.end) return;  // a new key
+    if (key.fresh) return;
     const std::string_view text = text_;
     std::u16string scratch;
     RegFileValue value;
@@ -617,22 +636,41 @@ void RegFile::ReadKeyText(std::uint32_t id, RegFileKey* model,
             if (kept) kept->push_back(RawLine(text, line));
         }
     };
-    readRange(key.begin, key.end);
+    readRange(key.begin, EndOf(id));
     if (key.repeated)
         for (const Repeat& repeat : repeats_)
             if (repeat.key == id) readRange(repeat.begin, repeat.end);
 }
 
 RegFileKey& RegFile::Model(std::uint32_t id) const {
-    const KeyRecord& key = keys_[id];
-    if (key.model == kNone) {
+    auto [at, made] = modelOf_.try_emplace(id, 0);
+    if (made) {
         RegFileKey model;
-        model.path = PathOf(key);
+        model.path = PathOf(keys_[id]);
         ReadKeyText(id, &model, nullptr);
         models_.push_back(std::move(model));
-        key.model = static_cast<std::uint32_t>(models_.size() - 1);
+        at->second = static_cast<std::uint32_t>(models_.size() - 1);
     }
-    return models_[key.model];
+    return models_[at->second];
+}
+
+std::size_t RegFile::EndOf(std::uint32_t id) const {
+    const KeyRecord& key = keys_[id];
+    if (key.size != kLongBlock) return key.begin + key.size;
+    for (const Block& block : blocks_)
+        if (block.key == id && block.begin == key.begin) return EndOf(block);
+    return key.begin;
+}
+
+std::size_t RegFile::EndOf(const Block& block) const {
+    if (block.size != kLongBlock) return block.begin + block.size;
+    return longEnds_.at(block.begin);
+}
+
+void RegFile::SetEnd(Block& block, std::size_t end) {
+    const std::size_t size = end - block.begin;
+    block.size = size < kLongBlock ? static_cast<std::uint32_t>(size) : kLongBlock;
+    if (block.size == kLongBlock) longEnds_[block.begin] = end;
 }
 
 std::vector<const RegFileKey*> RegFile::Keys() const {
@@ -645,6 +683,28 @@ std::vector<const RegFileKey*> RegFile::Keys() const {
         keys.push_back(&Model(block.key));
     }
     return keys;
+}
+
+void RegFile::ForEachKey(const std::function<void(KeyId, std::string_view)>& visit) const {
+    std::vector<bool> seen(keys_.size());
+    for (const Block& block : blocks_) {
+        if (block.key == kNone || seen[block.key]) continue;
+        seen[block.key] = true;
+        visit(block.key, PathOf(keys_[block.key]));
+    }
+}
+
+const RegFileKey& RegFile::KeyAt(KeyId id) const {
+    return Model(id);
+}
+
+std::string RegFile::KeyPath(KeyId id) const {
+    return PathOf(keys_[id]);
+}
+
+RegFile::KeyId RegFile::IdOf(std::string_view path) const {
+    const CanonicalPath canonical = CanonicalOf(path);
+    return Lookup(canonical.path, canonical.hash);
 }
 
 const RegFileKey* RegFile::Find(std::string_view path) const {
@@ -669,18 +729,19 @@ std::vector<const RegFileKey*> RegFile::Below(std::string_view path) const {
 
 std::uint32_t RegFile::NewKey(const std::string& path, std::uint64_t hash, std::uint64_t now) {
     KeyRecord key;
-    key.pathBegin = paths_.size();
-    key.pathSize = path.size();
-    key.hash = hash;
+    key.begin = added_.size();
+    key.size = static_cast<std::uint32_t>(path.size());
+    key.fresh = true;
+    key.hash = static_cast<std::uint32_t>(hash);
     key.state = KeyState::Changed;
-    paths_ += path;
+    added_ += path;
     RegFileKey model;
     model.path = path;
     model.modified = now;
     models_.push_back(std::move(model));
-    key.model = static_cast<std::uint32_t>(models_.size() - 1);
     keys_.push_back(key);
     const auto id = static_cast<std::uint32_t>(keys_.size() - 1);
+    modelOf_[id] = static_cast<std::uint32_t>(models_.size() - 1);
     IndexInsert(id);
 
     // Right after the last key that Wine's order puts before it (looked for from the end, so
@@ -706,7 +767,7 @@ RegFileKey& RegFile::AddKey(std::string_view path, std::uint64_t now) {
     KeyRecord& key = keys_[id];
     if (key.state == KeyState::Original || key.state == KeyState::Exposed) {
         key.state = KeyState::Exposed;
-        key.stamp = now;
+        stamps_.emplace_back(id, now);
     }
     return Model(id);
 }
@@ -783,7 +844,10 @@ bool RegFile::Regenerated(std::uint32_t id) const {
 void RegFile::AppendRegenerated(std::string& out, std::uint32_t id) const {
     const KeyRecord& key = keys_[id];
     const RegFileKey& model = Model(id);
-    const std::uint64_t time = key.state == KeyState::Exposed ? key.stamp : model.modified;
+    std::uint64_t time = model.modified;
+    if (key.state == KeyState::Exposed)  // the latest AddKey counts
+        for (const auto& [exposed, stamp] : stamps_)
+            if (exposed == id) time = stamp;
 
     // As Wine's server saves a key: a blank line, the path with the time in Unix seconds
     // (truncated to 32 bits as Wine does), the FILETIME, class, link, then the values in order.
@@ -824,17 +888,36 @@ void RegFile::AppendRegenerated(std::string& out, std::uint32_t id) const {
 std::string RegFile::Serialize() const {
     std::string out;
     out.reserve(text_.size() + 4096);
-    out.append(text_, 0, headerEnd_);
+    Write([&out](std::string_view piece) {
+        out += piece;
+        return true;
+    });
+    return out;
+}
+
+bool RegFile::Write(const Sink& sink) const {
+    bool any = false;  // a byte was handed on
+    char last = '\0';  // the last one
+    auto put = [&](std::string_view piece) {
+        if (piece.empty()) return true;
+        any = true;
+        last = piece.back();
+        return sink(piece);
+    };
+    const std::string_view text = text_;
+    if (!put(text.substr(0, headerEnd_))) return false;
     std::vector<std::int8_t> regenerated(keys_.size(), -1);
     std::vector<bool> written(keys_.size());
+    std::string piece;
     bool terminate = false;
     auto startPiece = [&] {
         // A last line without a line feed gets one before anything follows it; a hex value cut
         // off by the end of the file gets a comment line, which Wine takes as its failed
         // continuation, so that it does not take the next line instead.
-        if (!out.empty() && out.back() != '\n') out += '\n';
-        if (terminate) out += ";\n";
+        if (any && last != '\n' && !put("\n")) return false;
+        const bool ok = !terminate || put(";\n");
         terminate = false;
+        return ok;
     };
     for (const Block& block : blocks_) {
         if (block.key != kNone) {
@@ -843,16 +926,42 @@ std::string RegFile::Serialize() const {
             if (fresh) {
                 if (written[block.key]) continue;
                 written[block.key] = true;
-                startPiece();
-                AppendRegenerated(out, block.key);
+                if (!startPiece()) return false;
+                piece.clear();
+                AppendRegenerated(piece, block.key);
+                if (!put(piece)) return false;
                 continue;
             }
         }
-        startPiece();
-        out.append(text_, block.begin, block.end - block.begin);
+        if (!startPiece() || !put(text.substr(block.begin, EndOf(block) - block.begin)))
+            return false;
         terminate = block.dangling;
     }
-    return out;
+    return true;
+}
+
+bool RegFile::Unchanged() const {
+    std::size_t at = 0;
+    const bool same = Write([&](std::string_view piece) {
+        if (piece.size() > text_.size() - at || text_.compare(at, piece.size(), piece) != 0)
+            return false;
+        at += piece.size();
+        return true;
+    });
+    return same && at == text_.size();
+}
+
+bool RegFile::WritesSameHeader() const {
+    // The header ends where the first key's block starts, and only a line feed can be added
+    // right after it: its lines are all within one byte past it.
+    const std::size_t wanted = headerEnd_ + 1;
+    std::string head;
+    Write([&](std::string_view piece) {
+        head += piece.substr(0, wanted - head.size());
+        return head.size() < wanted;
+    });
+    const RegFile check = Parse(std::move(head));
+    return check.ok() && check.Arch() == Arch();
 }
 
 }  // namespace optera::platform

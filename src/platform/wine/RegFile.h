@@ -20,9 +20,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace optera::platform {
@@ -46,6 +48,9 @@ class RegFile {
     // Never fails: lines it cannot read are kept and written back unchanged. `ok()` tells
     // whether the header was a Wine registry header.
     static RegFile Parse(std::string_view bytes);
+    // The same, taking the bytes over instead of copying them.
+    static RegFile Parse(std::string&& bytes);
+    static RegFile Parse(const char* bytes) { return Parse(std::string_view(bytes)); }
     bool ok() const;
     // The file's bytes: unchanged keys as they were read, changed and new keys as Wine writes
     // them, in Wine's key order. A key written anew keeps, after its "#" lines, the lines Wine
@@ -54,12 +59,34 @@ class RegFile {
     // waits for a continuation line gets a ";" line after it before anything is added there, so
     // that the value does not take the added line.
     std::string Serialize() const;
+    // Gives the bytes of Serialize to `sink` piece by piece, so that they are never held whole
+    // (unchanged keys are handed straight from the text read). Stops when the sink gives false,
+    // and then gives false itself.
+    using Sink = std::function<bool(std::string_view)>;
+    bool Write(const Sink& sink) const;
+    // Serialize would give back exactly the bytes that were read.
+    bool Unchanged() const;
+    // What Serialize writes starts with a header Wine takes, of this file's "#arch=".
+    bool WritesSameHeader() const;
 
     // The "#arch=" value of the header ("win32", "win64"), "" when there is none.
     std::string Arch() const;
 
     // Keys in file order.
     std::vector<const RegFileKey*> Keys() const;
+    // Keys by number, to walk every key's path without decoding its values: `visit` gets each
+    // key's number and path in file order (the path is valid during the call only), and
+    // KeyAt decodes a key when it is first asked for.
+    using KeyId = std::uint32_t;
+    static constexpr KeyId kNoKey = 0xFFFFFFFF;
+    void ForEachKey(const std::function<void(KeyId, std::string_view)>& visit) const;
+    const RegFileKey& KeyAt(KeyId id) const;
+    // Numbers run from 0 to KeyCount() - 1 (a deleted key keeps its number).
+    std::size_t KeyCount() const { return keys_.size(); }
+    std::string KeyPath(KeyId id) const;
+    // The number of the key with a line at `path` (compared without regard to case), without
+    // decoding it; kNoKey when there is none.
+    KeyId IdOf(std::string_view path) const;
     // A key by path, compared without regard to case; null when the file has no line for it
     // (a key that only holds subkeys has none: it is implied by its subkeys' paths).
     const RegFileKey* Find(std::string_view path) const;
@@ -92,29 +119,38 @@ class RegFile {
 
     // One stretch of the file's text that starts at a key line (with the blank line before it),
     // or a new key's place in the file.
+    static constexpr std::uint32_t kLongBlock = 0xFFFFFFFF;
     struct Block {
-        std::size_t begin = 0, end = 0;  // bytes in text_; empty for a new key
+        std::uint64_t begin : 63 = 0;    // in text_; a new key's block is empty
+        std::uint64_t dangling : 1 = 0;  // ends in a hex value waiting for a continuation line
+        std::uint32_t size = 0;          // kLongBlock: its end is in longEnds_
         std::uint32_t key = kNone;       // kNone: a key line Wine cannot read; kept as it is
-        bool dangling = false;           // ends in a hex value waiting for a continuation line
     };
-    enum class KeyState : std::uint8_t { Original, Exposed, Changed, Deleted };
+    enum KeyState : std::uint8_t { Original, Exposed, Changed, Deleted };
+    // Sixteen bytes a key: a big file has hundreds of thousands of them.
     struct KeyRecord {
-        std::size_t pathBegin = 0, pathSize = 0;  // the key's canonical path in paths_
-        std::size_t begin = 0, end = 0;           // its first block in text_ (empty when new)
-        std::uint64_t hash = 0;                   // of its path, folded
-        std::uint64_t stamp = 0;                  // `now` of the AddKey that exposed it
-        mutable std::uint32_t model = kNone;      // its decoded form in models_
-        KeyState state = KeyState::Original;
-        bool repeated = false;  // has more blocks, listed in repeats_
+        // Its first block in text_, where its path is read from; for a new key, its path in
+        // added_. Paths are not copied: the text is most of what a big file costs.
+        std::uint64_t begin : 60 = 0;
+        std::uint64_t state : 2 = KeyState::Original;
+        std::uint64_t repeated : 1 = 0;  // has more blocks, listed in repeats_
+        std::uint64_t fresh : 1 = 0;     // new, not in the text
+        std::uint32_t hash = 0;          // of its path, folded
+        std::uint32_t size = 0;          // of that block or path; kLongBlock: see blocks_
     };
     struct Repeat {
         std::uint32_t key;
         std::size_t begin, end;
     };
 
-    std::string_view PathOf(const KeyRecord& key) const;
-    // The key of a key line whose path starts at `pos`; kNone when Wine would make none.
-    std::uint32_t KeyForLine(std::string_view line, std::size_t pos, std::u16string& scratch);
+    std::string PathOf(const KeyRecord& key) const;
+    std::size_t EndOf(std::uint32_t key) const;  // of its first block
+    std::size_t EndOf(const Block& block) const;
+    void SetEnd(Block& block, std::size_t end);
+    // The key of a key line whose path starts at `pos`, in a block starting at `block`; kNone
+    // when Wine would make none.
+    std::uint32_t KeyForLine(std::string_view line, std::size_t pos, std::size_t block,
+                             std::string& path, std::u16string& scratch);
     std::uint32_t Lookup(std::string_view canonicalPath, std::uint64_t hash) const;
     void IndexInsert(std::uint32_t key);
     void IndexErase(std::uint32_t key);
@@ -128,7 +164,7 @@ class RegFile {
     void AppendRegenerated(std::string& out, std::uint32_t key) const;
 
     std::string text_;   // the bytes as read
-    std::string paths_;  // canonical key paths, one after another
+    std::string added_;  // canonical paths of new keys, one after another
     std::size_t headerEnd_ = 0;
     std::size_t archBegin_ = 0, archEnd_ = 0;
     bool ok_ = false;
@@ -138,6 +174,10 @@ class RegFile {
     std::vector<std::uint32_t> slots_;  // hash index of keys_ by folded path
     std::size_t slotsUsed_ = 0;
     mutable std::deque<RegFileKey> models_;
+    mutable std::unordered_map<std::uint32_t, std::uint32_t> modelOf_;  // key -> models_
+    std::unordered_map<std::uint64_t, std::uint64_t> longEnds_;         // of blocks, by their begin
+    std::vector<std::pair<std::uint32_t, std::uint64_t>> stamps_;       // `now` of the AddKey that
+                                                                        // exposed a key
 };
 
 // Wine's escapes, for names, strings and key paths (\\ \" \[ \] \a \b \t \n \v \f \r \e,

@@ -152,16 +152,16 @@ std::string RootName(int hive) {
 
 // Adds a key and the keys below it to a saved file, implied keys left implied.
 void AddTree(RegFile& out, const Key& key, const std::string& path, bool top, std::uint64_t now) {
-    if (top || !key.lines.empty()) {
+    if (top || key.HasLine()) {
         const std::uint64_t time = key.Modified() ? key.Modified() : now;
         RegFileKey& line = out.AddKey(path, time);
         line.className = key.ClassName();
         line.isLink = key.IsLink();
         for (const RegFileValue* value : key.Values()) out.SetValue(path, *value, time);
     }
-    for (const auto& subkey : key.subkeys)
-        if (subkey->impliedLink.empty())
-            AddTree(out, *subkey, path + "\\" + subkey->name, false, now);
+    for (const Key* subkey : key.subkeys())
+        if (!subkey->IsImpliedLink())
+            AddTree(out, *subkey, path + "\\" + subkey->name(), false, now);
 }
 
 // The one top-level key of a saved file; "" when it has none or several.
@@ -200,7 +200,7 @@ struct WineKeyStore::Walked {
 };
 
 struct WineKeyStore::Subkey {
-    std::string_view name;
+    std::string name;
     const Key* key;
 };
 
@@ -325,8 +325,8 @@ const Key* WineKeyStore::Node(const Spot& spot) const {
 }
 
 bool WineKeyStore::IsSharedClasses(const Spot& spot) const {
-    return spot.hive == kMachine && spot.key && spot.key->parent &&
-           SameName(spot.key->path, "Software\\Classes\\Wow6432Node") && Win64();
+    return spot.hive == kMachine && spot.key && spot.key->parent() &&
+           SameName(spot.key->path(), "Software\\Classes\\Wow6432Node") && Win64();
 }
 
 // A 32-bit caller is redirected once per path: at the first key below the start that has a
@@ -356,7 +356,7 @@ WineKeyStore::Walked WineKeyStore::Walk(Spot at, std::string_view subKey, bool v
         const Key* child = at.key->Find(part);
         if (!child && view32 && IsSharedClasses(at) && !SameName(part, kWow64Node)) {
             // Shared classes: what the 32-bit view lacks is the 64-bit view's.
-            at.key = at.key->parent;
+            at.key = at.key->parent();
             child = at.key->Find(part);
         }
         if (!child) return missing();
@@ -398,23 +398,46 @@ bool WineKeyStore::HandleView32(HKEY key) const {
     return View32(handle == handles_.end() ? 0 : handle->second.access);
 }
 
-std::vector<WineKeyStore::Subkey> WineKeyStore::Subkeys(const Spot& spot, bool view32) const {
+struct WineKeyStore::SubkeyList {
+    const Key* key = nullptr;
+    std::uint64_t tree = 0;
+    bool view32 = false;
+    std::vector<Subkey> list;
+};
+
+const std::vector<WineKeyStore::Subkey>& WineKeyStore::Subkeys(const Spot& spot,
+                                                               bool view32) const {
+    // Enumeration asks once per index, and names are read from the file: the last key's list
+    // is kept while its hive's tree stays the same.
+    if (!listed_) listed_ = std::make_unique<SubkeyList>();
+    SubkeyList& cache = *listed_;
+    const std::uint64_t tree = spot.key ? Hive(spot.hive).generation() : 0;
+    if (spot.key && cache.key == spot.key && cache.tree == tree && cache.view32 == view32)
+        return cache.list;
+    cache.key = spot.key;
+    cache.tree = tree;
+    cache.view32 = view32;
+    cache.list = ListSubkeys(spot, view32);
+    return cache.list;
+}
+
+std::vector<WineKeyStore::Subkey> WineKeyStore::ListSubkeys(const Spot& spot, bool view32) const {
     std::vector<Subkey> list;
     if (!spot.key) {
         if (Hive(kDefaultUser).present()) list.push_back({".Default", &Hive(kDefaultUser).root()});
-        if (Hive(kUser).present()) list.push_back({kUserSid, &Hive(kUser).root()});
+        if (Hive(kUser).present()) list.push_back({std::string(kUserSid), &Hive(kUser).root()});
         return list;
     }
-    for (const auto& subkey : spot.key->subkeys) list.push_back({subkey->name, subkey.get()});
+    for (const Key* subkey : spot.key->subkeys()) list.push_back({subkey->name(), subkey});
     if (!view32 || !IsSharedClasses(spot)) return list;
     std::vector<Subkey> shared;
-    for (const auto& subkey : spot.key->parent->subkeys)
-        if (subkey.get() != spot.key && !spot.key->Find(subkey->name))
-            shared.push_back({subkey->name, subkey.get()});
+    for (const Key* subkey : spot.key->parent()->subkeys())
+        if (subkey != spot.key && !spot.key->Find(subkey->name()))
+            shared.push_back({subkey->name(), subkey});
     std::vector<Subkey> merged;
     std::merge(list.begin(), list.end(), shared.begin(), shared.end(), std::back_inserter(merged),
                [](const Subkey& a, const Subkey& b) {
-                   return CompareFoldedNames(a.key->folded, b.key->folded) < 0;
+                   return CompareFoldedNames(FoldName(a.name), FoldName(b.name)) < 0;
                });
     return merged;
 }
@@ -422,7 +445,7 @@ std::vector<WineKeyStore::Subkey> WineKeyStore::Subkeys(const Spot& spot, bool v
 HKEY WineKeyStore::NewHandle(const Spot& spot, REGSAM access) {
     const HKEY handle = nextHandle_;
     nextHandle_ += 4;
-    handles_[handle] = Handle{spot.hive, spot.key ? spot.key->path : std::string(), access};
+    handles_[handle] = Handle{spot.hive, spot.key ? spot.key->path() : std::string(), access};
     return handle;
 }
 
@@ -506,7 +529,7 @@ LONG WineKeyStore::SetValue(HKEY key, RegFileValue value) {
     WriteLock lock(*this);
     if (lock.code()) return lock.code();
     if (LONG code = Start(key, regaccess::SetValue, spot)) return code;
-    if (!spot.key || spot.key->path.empty())
+    if (!spot.key || !spot.key->parent())
         return Refuse("Values cannot be set on the root of HKEY_USERS or of a hive.");
     WineHive& hive = Hive(spot.hive);
     if (!hive.valid()) return Refuse(CannotSave(hive));
@@ -515,7 +538,7 @@ LONG WineKeyStore::SetValue(HKEY key, RegFileValue value) {
     // As in Wine, a value set to what it holds is no change: the file stays as it is.
     if (old && old->type == value.type && old->data == value.data) return regerror::Success;
     if (old) value.name = old->name;
-    const std::string path = spot.key->path;
+    const std::string path = spot.key->path();
     hive.file().SetValue(path, value, Now());
     return hive.Commit() ? regerror::Success : kRegistryIoFailed;
 }
@@ -550,9 +573,9 @@ LONG WineKeyStore::SubkeyAt(HKEY key, DWORD index, std::string& name, const Key*
     BeginCall();
     Spot spot;
     if (LONG code = Start(key, regaccess::EnumerateSubKeys, spot)) return code;
-    const std::vector<Subkey> list = Subkeys(spot, HandleView32(key));
+    const std::vector<Subkey>& list = Subkeys(spot, HandleView32(key));
     if (index >= list.size()) return regerror::NoMoreItems;
-    name = std::string(list[index].name);
+    name = list[index].name;
     subkey = list[index].key;
     return regerror::Success;
 }
@@ -605,7 +628,7 @@ LONG WineKeyStore::RegQueryInfoKeyA(HKEY key, char* className, DWORD* classLengt
     }
     if (classLength) *classLength = static_cast<DWORD>(kind.size());
 
-    const std::vector<Subkey> list = Subkeys(spot, HandleView32(key));
+    const std::vector<Subkey>& list = Subkeys(spot, HandleView32(key));
     std::size_t longestKey = 0;
     for (const Subkey& subkey : list)
         longestKey = std::max(longestKey, Utf16FromUtf8(subkey.name).size());
@@ -668,7 +691,7 @@ LONG WineKeyStore::CreateMissing(HKEY key, std::string_view subKey, std::string_
         if (!walked.at.key) return Refuse("HKEY_USERS holds only the prefix's user hives.");
         WineHive& hive = Hive(walked.at.hive);
         if (!hive.valid()) return Refuse(CannotSave(hive));
-        std::string path = walked.at.key->path;
+        std::string path = walked.at.key->path();
         for (const std::string& part : walked.rest) path = JoinPath(std::move(path), part);
         RegFileKey& line = hive.file().AddKey(path, Now());
         if (!className.empty()) line.className = std::string(className);
@@ -707,14 +730,14 @@ LONG WineKeyStore::DeleteKey(HKEY key, std::string_view subKey, REGSAM access) {
     if (walked.code) return walked.code;
     if (!walked.found) return regerror::FileNotFound;
     const Key* target = walked.at.key;
-    if (!target || target->path.empty() || !target->impliedLink.empty())
+    if (!target || !target->parent() || target->IsImpliedLink())
         return Refuse("The roots of the registry and Wine's own links cannot be deleted.");
-    if (!target->subkeys.empty()) return Refuse("A key that has subkeys cannot be deleted.");
+    if (target->hasSubkeys()) return Refuse("A key that has subkeys cannot be deleted.");
     WineHive& hive = Hive(walked.at.hive);
     if (!hive.valid()) return Refuse(CannotSave(hive));
 
     // The file gives a parent that only held this key a line of its own, so that it stays.
-    const std::string path = target->path;
+    const std::string path = target->path();
     hive.file().DeleteKey(path, Now());
     return hive.Commit() ? regerror::Success : kRegistryIoFailed;
 }
@@ -738,7 +761,7 @@ LONG WineKeyStore::DeleteValue(HKEY key, std::string_view valueName) {
     if (!value) return regerror::FileNotFound;
     WineHive& hive = Hive(spot.hive);
     if (!hive.valid()) return Refuse(CannotSave(hive));
-    const std::string path = spot.key->path;
+    const std::string path = spot.key->path();
     const std::string name = value->name;
     hive.file().DeleteValue(path, name, Now());
     return hive.Commit() ? regerror::Success : kRegistryIoFailed;
@@ -755,7 +778,7 @@ LONG WineKeyStore::RegSaveKeyA(HKEY key, std::string_view fileName) {
     struct stat st;
     if (::lstat(host->c_str(), &st) == 0) return kAlreadyExists;
     RegFile saved = RegFile::Parse("WINE REGISTRY Version 2\n");
-    const std::string top = spot.key->path.empty() ? RootName(spot.hive) : spot.key->name;
+    const std::string top = !spot.key->parent() ? RootName(spot.hive) : spot.key->name();
     AddTree(saved, *spot.key, top, true, Now());
     return WriteNewFile(*host, saved.Serialize()) ? regerror::Success : kRegistryIoFailed;
 }
@@ -777,11 +800,11 @@ LONG WineKeyStore::RegRestoreKeyA(HKEY key, std::string_view fileName, DWORD /*f
 }
 
 LONG WineKeyStore::Restore(const Spot& spot, const RegFile& saved) {
-    if (!spot.key || spot.key->path.empty())
+    if (!spot.key || !spot.key->parent())
         return Refuse("The root of a hive is not replaced as a whole.");
     WineHive& hive = Hive(spot.hive);
     if (!hive.valid()) return Refuse(CannotSave(hive));
-    const std::string base = spot.key->path;
+    const std::string base = spot.key->path();
     const std::uint64_t now = Now();
     RegFile& file = hive.file();
     // Deepest keys first. Deleting a key's last subkey gives it a line of its own, so rounds

@@ -137,8 +137,10 @@ class WineKeyStore : public KeyStore {
     const WineHive::Key* Node(const Spot& spot) const;
     bool IsSharedClasses(const Spot& spot) const;
     struct Subkey;
+    struct SubkeyList;
     // The subkeys a handle lists; in the 32-bit view the shared classes add the 64-bit ones.
-    std::vector<Subkey> Subkeys(const Spot& spot, bool view32) const;
+    const std::vector<Subkey>& Subkeys(const Spot& spot, bool view32) const;
+    std::vector<Subkey> ListSubkeys(const Spot& spot, bool view32) const;
     bool HandleView32(HKEY key) const;
     HKEY NewHandle(const Spot& spot, REGSAM access);
     LONG Refuse(std::string reason);
@@ -166,6 +168,7 @@ class WineKeyStore : public KeyStore {
     std::map<HKEY, Handle> handles_;
     HKEY nextHandle_ = 0x100;
     std::string lastRefusal_;
+    mutable std::unique_ptr<SubkeyList> listed_;  // the subkeys listed last
 };
 
 }  // namespace optera::platform

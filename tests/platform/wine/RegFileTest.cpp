@@ -142,7 +142,9 @@ TEST(RegFile, ChangingOneValueRewritesOnlyItsKeyAsWineDoes) {
     file = RegFile::Parse(bytes);
     file.SetValue("System\\CurrentControlSet\\Control", {"CRLF", 1, Sz(u"yes")}, kNow + 1);
     EXPECT_EQ(file.Serialize(), bytes);
+    EXPECT_TRUE(file.Unchanged());
     file.SetValue("System\\CurrentControlSet\\Control", {"CrLf", 1, Sz(u"no")}, kNow);
+    EXPECT_FALSE(file.Unchanged());
     expected = bytes;
     expected.replace(expected.find(kCrLf), kCrLf.size(), R"(
 [System\\CurrentControlSet\\Control] 1795398013
@@ -399,24 +401,31 @@ TEST(RegFile, KeyEditsKeepWhatWineWouldHave) {
 }
 
 TEST(RegFile, HeaderAndTimeStamps) {
+    // `kept`: a key added after the header leaves it reading as it did (a carriage return
+    // that ends the file joins the line feed written after it, and the width would change).
     const struct {
         std::string bytes;
         bool ok;
         std::string arch;
+        bool kept;
     } rows[] = {
-        {"WINE REGISTRY Version 2\n#arch=win32\n", true, "win32"},
-        {"WINE REGISTRY Version 2\r\n#arch=win64\r\n", true, "win64"},
-        {"WINE REGISTRY Version 2", true, ""},
-        {"\xef\xbb\xbfWINE REGISTRY Version 2\n", false, ""},
-        {"WINE REGISTRY Version 1\n", false, ""},
-        {"", false, ""},
+        {"WINE REGISTRY Version 2\n#arch=win32\n", true, "win32", true},
+        {"WINE REGISTRY Version 2\r\n#arch=win64\r\n", true, "win64", true},
+        {"WINE REGISTRY Version 2\n#arch=win64\r", true, "win64\r", false},
+        {"WINE REGISTRY Version 2\n#arch=win64\n\n[A] 1\n", true, "win64", true},
+        {"WINE REGISTRY Version 2", true, "", true},
+        {"\xef\xbb\xbfWINE REGISTRY Version 2\n", false, "", false},
+        {"WINE REGISTRY Version 1\n", false, "", false},
+        {"", false, "", false},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.bytes);
-        const RegFile file = RegFile::Parse(row.bytes);
+        RegFile file = RegFile::Parse(row.bytes);
         EXPECT_EQ(file.ok(), row.ok);
         EXPECT_EQ(file.Arch(), row.arch);
         EXPECT_EQ(file.Serialize(), row.bytes);
+        file.AddKey("Z", kNow);
+        EXPECT_EQ(file.WritesSameHeader(), row.kept);
     }
     // Wine prints the FILETIME as "%x%08x" and the seconds truncated to 32 bits.
     RegFile file = RegFile::Parse("WINE REGISTRY Version 2");
