@@ -81,7 +81,7 @@ void FolderNames::Remove(Names& names, std::string_view host) {
     if (it->second.empty()) names.byFolded.erase(it);
 }
 
-void FolderNames::Forget(const FolderId& id) {
+void FolderNames::Forget(FolderId id) {
     auto it = folders_.find(id);
     if (it == folders_.end()) return;
     byWatch_.erase(it->second.watch);

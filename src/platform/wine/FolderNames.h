@@ -51,7 +51,7 @@ class FolderNames {
     bool TakeInChanges();
     void Add(Names& names, std::string_view host);
     void Remove(Names& names, std::string_view host);
-    void Forget(const FolderId& id);
+    void Forget(FolderId id);  // by value: callers pass ids held in the maps it erases from
     void ForgetAll();
 
     int inotify_ = -1;
