@@ -22,6 +22,13 @@ std::string Utf8FromUtf16(std::u16string_view text);
 std::string Utf16Bytes(std::u16string_view units, bool bigEndian = false);
 std::u16string Utf16FromBytes(std::string_view bytes, bool bigEndian = false);
 
+// True when every byte is 7-bit: the text reads the same in UTF-8 and in the code page.
+inline bool IsAscii(std::string_view bytes) {
+    for (char c : bytes)
+        if (static_cast<unsigned char>(c) >= 0x80) return false;
+    return true;
+}
+
 inline std::string Utf8FromCodePage(std::string_view bytes) {
     return Utf8FromUtf16(Utf16FromCodePage(bytes));
 }

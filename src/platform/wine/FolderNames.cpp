@@ -22,13 +22,8 @@ constexpr std::size_t kFoldersKept = 32;
 constexpr std::uint32_t kChanges =
     IN_CREATE | IN_DELETE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE_SELF | IN_ONLYDIR;
 
-bool IsAscii(std::string_view name) {
-    return std::all_of(name.begin(), name.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 std::string WindowsName(std::string_view hostName) {
-    return IsAscii(hostName) ? std::string(hostName) : text::CodePageFromUtf8(hostName);
+    return text::IsAscii(hostName) ? std::string(hostName) : text::CodePageFromUtf8(hostName);
 }
 
 // File systems whose every change passes through this kernel, and so is reported: a network or

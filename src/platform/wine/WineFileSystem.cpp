@@ -115,20 +115,16 @@ char DriveLetterOfDevice(std::string_view name) {
     return letter >= 'A' && letter <= 'Z' ? letter : '\0';
 }
 
-bool IsAscii(std::string_view name) {
-    return std::all_of(name.begin(), name.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
 // Windows names are Windows-1252 text and Wine names host files in UTF-8, as it does for a
 // program that uses the 8-bit functions; a host name with characters outside the code page
 // comes back with '?' for them.
 std::string HostName(std::string_view windowsName) {
-    return IsAscii(windowsName) ? std::string(windowsName) : text::Utf8FromCodePage(windowsName);
+    return text::IsAscii(windowsName) ? std::string(windowsName)
+                                      : text::Utf8FromCodePage(windowsName);
 }
 
 std::string WindowsName(std::string_view hostName) {
-    return IsAscii(hostName) ? std::string(hostName) : text::CodePageFromUtf8(hostName);
+    return text::IsAscii(hostName) ? std::string(hostName) : text::CodePageFromUtf8(hostName);
 }
 
 // The host name under which `folder` holds `component`: the component itself when an entry has

@@ -13,6 +13,8 @@
 #include "platform/wine/HostReplace.h"
 #include "platform/wine/WineRegText.h"
 #include "platform/wine/WineServerLock.h"
+#include "text/CodePage.h"
+#include "text/NoCase.h"
 
 namespace optera::platform {
 
@@ -44,22 +46,10 @@ REGSAM Granted(REGSAM access) {
     return access;
 }
 
-bool IsAscii(std::string_view name) {
-    return std::all_of(name.begin(), name.end(),
-                       [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-}
-
-char AsciiLower(char c) {
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 bool SameName(std::string_view a, std::string_view b) {
     // Two ASCII names fold as their letters do, without the table (a path is walked name by
     // name). Other characters may fold to ASCII ones, so any other name takes the table.
-    if (IsAscii(a) && IsAscii(b))
-        return a.size() == b.size() &&
-               std::equal(a.begin(), a.end(), b.begin(),
-                          [](char x, char y) { return AsciiLower(x) == AsciiLower(y); });
+    if (text::IsAscii(a) && text::IsAscii(b)) return text::EqualsNoCase(a, b);
     return CompareFoldedNames(FoldName(a), FoldName(b)) == 0;
 }
 
